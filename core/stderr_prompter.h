@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdio>
+
+#include "core/prompter.h"
+
+// Prompts for a program without a display: every message goes to standard error as
+// "title: text", and every question is answered No unless the prompter was told to
+// answer Yes. Input boxes are always cancelled.
+class StderrPrompter : public Prompter {
+public:
+    explicit StderrPrompter(bool answerYes = false, std::FILE* out = stderr)
+        : m_answerYes(answerYes), m_out(out)
+    {
+    }
+    Answer message(std::string_view text, std::string_view title, Buttons buttons,
+                   Icon icon) override;
+    std::optional<std::string> input(std::string_view prompt, std::string_view title,
+                                     std::string_view proposed) override;
+
+private:
+    bool m_answerYes;
+    std::FILE* m_out;
+};

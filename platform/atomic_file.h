@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <system_error>
+
+// Replaces a file atomically: the new content is written to `<path>.tmp`, flushed to
+// disk and renamed over `<path>`, so a reader (or a crash) sees the old file or the
+// new one, never a part of either.
+//
+//     AtomicFile out(path);
+//     if (auto ec = out.open()) return fail(ec);
+//     out.writeLine("...");
+//     if (auto ec = out.commit()) return fail(ec);
+//
+// Writes are buffered; the first write error is remembered and returned by commit().
+// An object destroyed without commit() closes the temporary file and leaves it on
+// disk (discard() removes it).
+class AtomicFile {
+public:
+    explicit AtomicFile(std::string path);
+    ~AtomicFile();
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+
+    // Creates or truncates `<path>.tmp`. Fails with EACCES, without touching anything,
+    // when `<path>` exists and its owner may not write it.
+    [[nodiscard]] std::error_code open();
+
+    void write(std::string_view bytes);
+    // Writes the bytes followed by CR LF.
+    void writeLine(std::string_view line);
+
+    // Flushes, syncs and renames the temporary file over `<path>`.
+    [[nodiscard]] std::error_code commit();
+
+    // Closes and removes the temporary file.
+    void discard();
+
+    const std::string& path() const { return m_path; }
+    const std::string& tempPath() const { return m_tempPath; }
+
+private:
+    void flushBuffer();
+
+    std::string m_path;
+    std::string m_tempPath;
+    std::string m_buffer;
+    std::error_code m_error;
+    int m_fd = -1;
+};
+
+// Replaces `path` with `bytes` through an AtomicFile.
+[[nodiscard]] std::error_code replaceFileAtomically(const std::string& path,
+                                                    std::string_view bytes);

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <system_error>
+
+// Whole-file operations on the host's file system. Every call reports what went
+// wrong instead of throwing.
+
+// Reads a whole file. On failure `bytes` is left empty.
+[[nodiscard]] std::error_code readWholeFile(const std::string& path, std::string& bytes);
+
+// Removes a file (not a folder). A missing file is no error.
+[[nodiscard]] std::error_code removeFile(const std::string& path);
+
+// Renames `from` to `to`, failing with EEXIST when `to` exists: never overwrites.
+[[nodiscard]] std::error_code renameNoReplace(const std::string& from, const std::string& to);
+
+// Creates one folder with the given mode; an existing folder is no error.
+[[nodiscard]] std::error_code createFolder(const std::string& path, unsigned mode = 0777);
+
+// Creates a folder and its missing parents, each with the given mode.
+[[nodiscard]] std::error_code createFolders(const std::string& path, unsigned mode = 0777);
+
+// True when the owner of an existing file has no write permission. Root ignores the
+// permission bits, so the stores ask this before they replace a file, to fail as
+// any other user would.
+[[nodiscard]] bool isReadOnlyFile(const std::string& path);

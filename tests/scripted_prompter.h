@@ -1,0 +1,65 @@
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/prompter.h"
+
+// A prompter for tests: records every box it is shown and answers from a script.
+// Message boxes with only OK answer Ok; a question with no scripted answer left is
+// answered Cancel (No for a Yes/No box), so an unexpected question cannot say Yes.
+class ScriptedPrompter : public Prompter {
+public:
+    struct Shown {
+        std::string text;
+        std::string title;
+        Buttons buttons;
+        Icon icon;
+    };
+
+    Answer message(std::string_view text, std::string_view title, Buttons buttons,
+                   Icon icon) override
+    {
+        shown.push_back({std::string(text), std::string(title), buttons, icon});
+        if (buttons == Buttons::Ok)
+            return Answer::Ok;
+        if (answers.empty())
+            return buttons == Buttons::YesNo ? Answer::No : Answer::Cancel;
+        Answer a = answers.front();
+        answers.pop_front();
+        return a;
+    }
+
+    std::optional<std::string> input(std::string_view prompt, std::string_view title,
+                                     std::string_view proposed) override
+    {
+        inputs.push_back({std::string(prompt), std::string(title), std::string(proposed)});
+        if (inputAnswers.empty())
+            return std::nullopt;
+        auto a = inputAnswers.front();
+        inputAnswers.pop_front();
+        return a;
+    }
+
+    // The texts of every message box shown, in order.
+    std::vector<std::string> texts() const
+    {
+        std::vector<std::string> out;
+        for (const auto& s : shown)
+            out.push_back(s.text);
+        return out;
+    }
+
+    struct Input {
+        std::string prompt;
+        std::string title;
+        std::string proposed;
+    };
+
+    std::deque<Answer> answers;
+    std::deque<std::optional<std::string>> inputAnswers;
+    std::vector<Shown> shown;
+    std::vector<Input> inputs;
+};
