@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/editor_state.h"
+#include "core/prompter.h"
+#include "core/shared_state.h"
+
+// The Update command: stores the description box's text in the failsafe database, the
+// exported file, the folder index and the target's streams, in that order, stopping at
+// the first store that fails.
+
+enum class SaveOutcome {
+    NotRun,               // the Update button was disabled: nothing happened
+    ReturnedToEditing,    // a store failed or a question was answered No: keep editing
+    Stored,               // the description is stored: end the program
+    EndedWithoutStoring,  // end the program; the target is gone, or the user accepted
+                          // that the streams could not be written and nothing else would
+};
+
+// Every outcome but NotRun and ReturnedToEditing ends the program; the caller does so.
+[[nodiscard]] SaveOutcome Command1_Click(SharedState& state, EditorState& editor,
+                                         Prompter& prompter);
