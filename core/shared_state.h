@@ -21,6 +21,9 @@ struct Options {
     double optionsBgColor = 0;
 };
 
+// What a store writer reports. Error comes after the writer has shown its own message.
+enum class WriteResult { Ok, Error };
+
 // A switch setting counts as on only when it is exactly 1.
 inline bool isOn(double option) { return option == 1; }
 
