@@ -1,0 +1,41 @@
+// veskor: the description editor. Builds the main window, runs its start-up and the
+// event loop, and returns the exit code with which the window ended the program.
+#include <QApplication>
+#include <QDesktopServices>
+#include <QUrl>
+
+#include "core/shared_state.h"
+#include "core/startup.h"
+#include "core/target.h"
+#include "editor/main_window.h"
+#include "editor/qt_prompter.h"
+#include "platform/environment.h"
+#include "platform/shell_open.h"
+
+namespace {
+
+bool openWithDesktop(const std::string& pathOrUrl) {
+    const QString text =
+        QString::fromUtf8(pathOrUrl.data(), static_cast<qsizetype>(pathOrUrl.size()));
+    const QUrl url = text.startsWith(QLatin1Char('/')) ? QUrl::fromLocalFile(text) : QUrl(text);
+    return QDesktopServices::openUrl(url);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Qt takes arguments such as -style out of argv, so the target is read first.
+    const std::string target = argumentText(argc, argv);
+    QApplication app(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    setShellOpener(openWithDesktop);
+
+    SharedState state;
+    QtPrompter prompter;
+    Form1 window(state, prompter);
+    window.Form_Load(StartupEnvironment{programFolder(), appDataFolder()}, target);
+    if (window.hasEnded())
+        return window.exitCode();
+    QObject::connect(&window, &Form1::programEnded, &app, &QCoreApplication::exit);
+    return app.exec();
+}

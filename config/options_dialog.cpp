@@ -1,0 +1,163 @@
+#include "config/options_dialog.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+
+#include "config/config_file.h"
+#include "config/option_lists.h"
+#include "ui_options_dialog.h"
+
+namespace {
+
+template <std::size_t N>
+void fillList(QComboBox* list, const std::array<std::string_view, N>& entries, double option) {
+    list->clear();
+    for (std::string_view entry : entries)
+        list->addItem(QString::fromUtf8(entry.data(), static_cast<qsizetype>(entry.size())));
+    list->setCurrentIndex(listPosition(option, N));
+}
+
+void setPointSize(QWidget* widget, int points) {
+    QFont font = widget->font();
+    font.setPointSize(points);
+    widget->setFont(font);
+}
+
+}  // namespace
+
+Form4::Form4(SharedState& state, Prompter& prompter, QWidget* parent)
+    : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                          Qt::WindowCloseButtonHint),
+      ui(std::make_unique<Ui::Form4>()),
+      m_state(state),
+      m_prompter(prompter) {
+    ui->setupUi(this);
+    setFixedSize(size());
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        move(screen->availableGeometry().center() - rect().center());
+    connectControls();
+}
+
+Form4::~Form4() = default;
+
+void Form4::connectControls() {
+    connect(ui->Combo3, &QComboBox::currentIndexChanged, this, &Form4::Combo3_Click);
+    connect(ui->Command1, &QPushButton::clicked, this, &Form4::Command1_Click);
+    connect(ui->Command2, &QPushButton::clicked, this, &Form4::Command2_Click);
+    connect(ui->Command3, &QPushButton::clicked, this, &Form4::uninstallHandlerRequested);
+    connect(ui->Command4, &QPushButton::clicked, this, &Form4::installHandlerRequested);
+    for (QWidget* child : findChildren<QWidget*>())
+        child->installEventFilter(this);
+}
+
+void Form4::fillLists() {
+    fillList(ui->Combo1, kFontNames, m_state.options.optionsDefaultGUIFont);
+    fillList(ui->Combo2, kFontSizes, m_state.options.optionsDefaultGUIFontSize);
+    QStringList colours;
+    for (const NamedColour& colour : kBackgroundColours)
+        colours << QString::fromUtf8(colour.name.data(),
+                                     static_cast<qsizetype>(colour.name.size()));
+    ui->Combo3->clear();
+    ui->Combo3->addItems(colours);
+    ui->Combo3->setCurrentIndex(listPosition(m_state.options.optionsBgColor, colours.size()));
+    Combo3_Click();
+}
+
+QColor Form4::themeColour() const {
+    return ui->Combo3->palette().color(QPalette::Button);
+}
+
+void Form4::adjustGUIforDPI(bool reduced) {
+    for (QWidget* control : {static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Check2),
+                             static_cast<QWidget*>(ui->Check3), static_cast<QWidget*>(ui->Check4),
+                             static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
+                             static_cast<QWidget*>(ui->Label2)})
+        setPointSize(control, reduced ? 6 : 8);
+    setPointSize(ui->Command1, reduced ? 8 : 10);
+    setPointSize(ui->Command2, reduced ? 8 : 10);
+}
+
+// Activation reloads the controls from the settings; the colour list keeps the colour
+// last chosen in it, so a later OK stores that colour.
+bool Form4::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) {
+        emit flashTimerStopRequested();
+        loadControls();
+    }
+    return QWidget::event(event);
+}
+
+void Form4::loadControls() {
+    const Options& options = m_state.options;
+    ui->Check1->setChecked(isOn(options.optionsCreate00index));
+    ui->Check2->setChecked(isOn(options.optionsCreateExpDescNonNTFS));
+    ui->Check3->setChecked(isOn(options.optionsHighDPIGUIAdjust));
+    ui->Check4->setChecked(isOn(options.optionsAutoCreateExpDesc));
+    ui->Combo1->setCurrentIndex(listPosition(options.optionsDefaultGUIFont, kFontNames.size()));
+    ui->Combo2->setCurrentIndex(listPosition(options.optionsDefaultGUIFontSize, kFontSizes.size()));
+}
+
+// Enter and Esc reach the dialog before the control that has the focus.
+bool Form4::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        switch (static_cast<QKeyEvent*>(event)->key()) {
+            case Qt::Key_Return:
+            case Qt::Key_Enter:
+                Command1_Click();
+                return true;
+            case Qt::Key_Escape:
+                Command2_Click();
+                return true;
+            default:
+                break;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void Form4::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    Command2_Click();
+}
+
+void Form4::Combo3_Click() {
+    const std::optional<NamedColour> colour =
+        colourNamed(ui->Combo3->currentText().toUtf8().toStdString());
+    if (!colour)
+        return;
+    QPalette palette = ui->Combo3->palette();
+    const QColor preview(colour->red, colour->green, colour->blue);
+    palette.setColor(QPalette::Button, preview);
+    palette.setColor(QPalette::Base, preview);
+    ui->Combo3->setPalette(palette);
+}
+
+void Form4::Command1_Click() {
+    setWindowTitle(QStringLiteral("Veskor - Updating options..."));
+    takeSwitches();
+    m_state.options.optionsDefaultGUIFont = ui->Combo1->currentIndex();
+    m_state.options.optionsDefaultGUIFontSize = ui->Combo2->currentIndex();
+    m_state.options.optionsBgColor = ui->Combo3->currentIndex();
+    emit backgroundColourTaken();
+    createConfigFile(m_state.data.configFile, m_state.options, m_prompter);
+    emit fontSizeOptionTaken();
+    setWindowTitle(QStringLiteral("Veskor - Options"));
+    hide();
+    emit flashTimerRestartRequested();
+}
+
+void Form4::takeSwitches() {
+    Options& options = m_state.options;
+    options.optionsCreate00index = ui->Check1->isChecked() ? 1 : 0;
+    options.optionsCreateExpDescNonNTFS = ui->Check2->isChecked() ? 1 : 0;
+    options.optionsHighDPIGUIAdjust = ui->Check3->isChecked() ? 1 : 0;
+    options.optionsAutoCreateExpDesc = ui->Check4->isChecked() ? 1 : 0;
+    emit exportOptionTaken(isOn(options.optionsAutoCreateExpDesc));
+}
+
+void Form4::Command2_Click() {
+    hide();
+    emit flashTimerRestartRequested();
+}

@@ -1,0 +1,682 @@
+#include "editor/main_window.h"
+
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QTextBlock>
+#include <QTimer>
+
+#include "config/option_lists.h"
+#include "config/options_dialog.h"
+#include "core/load_sequence.h"
+#include "core/save_sequence.h"
+#include "core/target.h"
+#include "core/version.h"
+#include "editor/edit_commands.h"
+#include "editor/toolbar.h"
+#include "platform/lookup.h"
+#include "platform/shell_open.h"
+#include "ui_main_window.h"
+
+// Resources of a static library must be pulled in by name.
+static void initEditorResources() {
+    Q_INIT_RESOURCE(editor);
+}
+
+namespace {
+
+// Text crosses between the widgets and the program here only: the program's text is
+// UTF-8 with CR LF breaks, the widgets keep "\n".
+std::string toProgramText(const QString& widgetText) {
+    QString text = widgetText;
+    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    text.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
+    return text.toUtf8().toStdString();
+}
+
+QString toWidgetText(std::string_view programText) {
+    QString text =
+        QString::fromUtf8(programText.data(), static_cast<qsizetype>(programText.size()));
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return text;
+}
+
+// The widget's index of a position in the program's text, where a break counts two
+// characters and a character outside the BMP one.
+int widgetPosition(const QString& widgetText, std::size_t programPosition) {
+    std::size_t counted = 0;
+    qsizetype index = 0;
+    while (index < widgetText.size() && counted < programPosition) {
+        counted += widgetText[index] == QLatin1Char('\n') ? 2 : 1;
+        index += widgetText[index].isHighSurrogate() && index + 1 < widgetText.size() ? 2 : 1;
+    }
+    return static_cast<int>(index);
+}
+
+void paint(QWidget* widget, const QColor& colour) {
+    QPalette palette = widget->palette();
+    palette.setColor(QPalette::Window, colour);
+    palette.setColor(QPalette::Base, colour);
+    palette.setColor(QPalette::Button, colour);
+    widget->setPalette(palette);
+    widget->setAutoFillBackground(true);
+}
+
+void setTextColour(QWidget* widget, const QColor& colour) {
+    QPalette palette = widget->palette();
+    palette.setColor(QPalette::WindowText, colour);
+    palette.setColor(QPalette::Text, colour);
+    widget->setPalette(palette);
+}
+
+void setDesignFont(QWidget* widget, qreal points, bool bold = false, bool italic = false) {
+    QFont font(QStringLiteral("Arial"));
+    font.setPointSizeF(points);
+    font.setBold(bold);
+    font.setItalic(italic);
+    widget->setFont(font);
+}
+
+void setPointSize(QWidget* widget, int points) {
+    QFont font = widget->font();
+    font.setPointSize(points);
+    widget->setFont(font);
+}
+
+QString versionLabel() {
+    QString label = QStringLiteral("Version %1.%2").arg(version::kMajor).arg(version::kMinor);
+    if (version::kRevision != 0)
+        label += QStringLiteral(".%1").arg(version::kRevision);
+    return label;
+}
+
+constexpr QSize kClientSize{575, 381};  // 8625 x 5715 twips
+
+}  // namespace
+
+Form1::Form1(SharedState& state, Prompter& prompter, QWidget* parent)
+    : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                          Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                          Qt::WindowCloseButtonHint),
+      ui(std::make_unique<Ui::Form1>()),
+      m_state(state),
+      m_prompter(prompter),
+      m_options(std::make_unique<Form4>(state, prompter)) {
+    buildWindow();
+    applyDesignLook();
+    connectControls();
+}
+
+Form1::~Form1() = default;
+
+void Form1::buildWindow() {
+    initEditorResources();
+    ui->setupUi(this);
+    setFixedSize(kClientSize);
+    setWindowIcon(QIcon(QStringLiteral(":/editor/images/veskor.png")));
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        move(screen->availableGeometry().center() - rect().center());
+    ui->Image1->setPixmap(QPixmap(QStringLiteral(":/editor/images/delete.png")));
+    ui->Image2->setPixmap(QPixmap(QStringLiteral(":/editor/images/logo.png")));
+    ui->Image3->setPixmap(QPixmap(QStringLiteral(":/editor/images/open_folder.png")));
+    ui->Image4->setPixmap(QPixmap(QStringLiteral(":/editor/images/open_file.png")));
+    ui->Image5->setPixmap(QPixmap(QStringLiteral(":/editor/images/banner.png")));
+    ui->Image3->hide();
+    ui->Image4->hide();
+    ui->Image5->hide();
+    ui->Label4->setText(toWidgetText(VESKOR_HOME_URL));
+    Timer1 = new QTimer(this);
+    Timer1->setObjectName(QStringLiteral("Timer1"));
+    Timer1->setInterval(360);
+    m_toolbar = std::make_unique<Toolbar>(Toolbar::Controls{
+        .bar = ui->Command5,
+        .box = ui->Text1,
+        .targetBox = ui->Text2,
+        .banner = ui->Image5,
+        .members = {ui->Combo1, ui->Combo2, ui->Label3, ui->Label6, ui->Command3, ui->Check1,
+                    ui->Command1, ui->Command2, ui->Command4},
+        .themeColour = [this] { return m_options->themeColour(); },
+    });
+}
+
+// The look the window has before the settings are read: Arial throughout, the yellow
+// background, grey buttons, and the hand pointer over everything that can be clicked.
+void Form1::applyDesignLook() {
+    setDesignFont(this, 9.75);
+    setDesignFont(ui->Text1, 9.75, true);
+    setTextColour(ui->Text1, QColor(0, 0, 128));
+    setDesignFont(ui->Text2, 9.75);
+    for (QWidget* small : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
+                           static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Label6),
+                           static_cast<QWidget*>(ui->Label5)})
+        setDesignFont(small, 8.25);
+    setDesignFont(ui->Label3, 8.25, false, true);
+    setDesignFont(ui->Label2, 9, true);
+    setTextColour(ui->Label2, QColor(0x40, 0x40, 0x00));
+    setDesignFont(ui->Label4, 9.75, false, true);
+    setTextColour(ui->Label4, QColor(0, 128, 0));
+    const QColor yellow(255, 255, 128), grey(0xE0, 0xE0, 0xE0);
+    paint(this, yellow);
+    for (QWidget* w : {static_cast<QWidget*>(ui->Label2), static_cast<QWidget*>(ui->Label3),
+                       static_cast<QWidget*>(ui->Label4), static_cast<QWidget*>(ui->Label5),
+                       static_cast<QWidget*>(ui->Label6), static_cast<QWidget*>(ui->Text1),
+                       static_cast<QWidget*>(ui->Text2)})
+        paint(w, yellow);
+    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
+                       static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Command1),
+                       static_cast<QWidget*>(ui->Command2), static_cast<QWidget*>(ui->Command3),
+                       static_cast<QWidget*>(ui->Command4), static_cast<QWidget*>(ui->Command5)}) {
+        paint(w, grey);
+        w->setCursor(Qt::PointingHandCursor);
+    }
+    for (QWidget* w : {static_cast<QWidget*>(ui->Image1), static_cast<QWidget*>(ui->Image3),
+                       static_cast<QWidget*>(ui->Image4), static_cast<QWidget*>(ui->Image5),
+                       static_cast<QWidget*>(ui->Label4)})
+        w->setCursor(Qt::PointingHandCursor);
+}
+
+void Form1::connectControls() {
+    connect(ui->Command1, &QPushButton::clicked, this, &Form1::Command1_Click);
+    connect(ui->Command2, &QPushButton::clicked, this, &Form1::Command2_Click);
+    connect(ui->Command3, &QPushButton::clicked, this, &Form1::Command3_Click);
+    connect(ui->Command4, &QPushButton::clicked, this, &Form1::Command4_Click);
+    connect(ui->Command5, &QPushButton::clicked, this, &Form1::Command5_Click);
+    connect(ui->Combo1, &QComboBox::currentIndexChanged, this, &Form1::Combo1_Click);
+    connect(ui->Combo2, &QComboBox::currentIndexChanged, this, &Form1::Combo2_Click);
+    connect(ui->Text1, &QPlainTextEdit::textChanged, this, &Form1::Text1_Change);
+    connect(Timer1, &QTimer::timeout, this, &Form1::Timer1_Timer);
+    connect(m_options.get(), &Form4::flashTimerStopRequested, Timer1, &QTimer::stop);
+    connect(m_options.get(), &Form4::flashTimerRestartRequested, Timer1,
+            qOverload<>(&QTimer::start));
+    connect(m_options.get(), &Form4::exportOptionTaken, this, &Form1::setExportChecked);
+    connect(m_options.get(), &Form4::backgroundColourTaken, this, &Form1::applyBackgroundColor);
+    connect(m_options.get(), &Form4::fontSizeOptionTaken, this, &Form1::adjustGUIforDPI);
+    // The window sees every key before the control that has the focus, and the
+    // pictures and the link take clicks.
+    for (QWidget* child : findChildren<QWidget*>())
+        child->installEventFilter(this);
+}
+
+// ---------------------------------------------------------------- start-up
+
+void Form1::Form_Load(const StartupEnvironment& environment, const std::string& argumentText) {
+    if (runStartup(m_state, environment, m_prompter, *this) == StartupResult::EndProgram)
+        return endProgram(1);
+    if (argumentText.empty())
+        return waitForPickedTarget();
+    if (resolveTarget(argumentText, m_state, m_prompter) == TargetResult::EndProgram)
+        return endProgram(1);
+    finishStartup();
+}
+
+// Without a target on the command line the user picks one; the picker window is
+// wired in here and continues with finishStartup() once a target is accepted.
+void Form1::waitForPickedTarget() {
+    showError(m_prompter, "No target given.");
+    endProgram(1);
+}
+
+void Form1::finishStartup() {
+    applyBackgroundColor();
+    show();
+    adjustGUIforDPI();
+    std::string readingText;
+    switch (checkTargetExists(m_state, m_prompter, readingText)) {
+        case ExistenceResult::EndProgram:
+            return endProgram(1);
+        case ExistenceResult::ReadingState:
+            return enterReadingState(readingText);
+        case ExistenceResult::Exists:
+            break;
+    }
+    loadDescription(m_state, *this);
+    if (m_startDailyUpdateCheck)
+        m_startDailyUpdateCheck();
+    // Registering a property handler for the target's type has no counterpart here.
+}
+
+// The target is gone but its exported file is still there: show the text, never save.
+void Form1::enterReadingState(const std::string& text) {
+    m_readingState = true;
+    setText(text);
+    setExportVisible(false);
+    setUpdateBold(false);
+    setUpdateEnabled(false);
+}
+
+void Form1::endProgram(int exitCode) {
+    m_ended = true;
+    m_exitCode = exitCode;
+    Timer1->stop();
+    m_options->hide();
+    hide();
+    emit programEnded(exitCode);
+}
+
+void Form1::beginStartup() {
+    setWindowTitle(QStringLiteral("Veskor"));
+    hide();
+    ui->Label2->setText(versionLabel());
+    ui->Command5->setText(Toolbar::shrinkCaption());
+    Command5_Click();
+    setUpdateBold(false);
+    setUpdateEnabled(false);
+    setOptionsEnabled(false);
+}
+
+void Form1::clearDescription() {
+    setText("");
+}
+
+void Form1::settingsReady(const SharedState& state) {
+    setOptionsEnabled(true);
+    for (QComboBox* list : {ui->Combo1, ui->Combo2})
+        list->clear();
+    for (std::string_view font : kFontNames)
+        ui->Combo1->addItem(toWidgetText(font));
+    for (std::string_view size : kFontSizes)
+        ui->Combo2->addItem(toWidgetText(size));
+    ui->Combo1->setCurrentIndex(
+        listPosition(state.options.optionsDefaultGUIFont, kFontNames.size()));
+    ui->Combo2->setCurrentIndex(
+        listPosition(state.options.optionsDefaultGUIFontSize, kFontSizes.size()));
+    Combo1_Click();
+    Combo2_Click();
+    m_options->fillLists();
+    if (isOn(state.options.optionsAutoCreateExpDesc))
+        setExportChecked(true);
+}
+
+QLabel* Form1::updateStatusLabel() {
+    return ui->Label5;
+}
+
+void Form1::setStartDailyUpdateCheck(std::function<void()> start) {
+    m_startDailyUpdateCheck = std::move(start);
+}
+
+void Form1::setAdjustPickerForDPI(std::function<void(bool)> adjust) {
+    m_adjustPickerForDPI = std::move(adjust);
+}
+
+// ---------------------------------------------------------------- appearance
+
+void Form1::applyBackgroundColor() {
+    const QColor theme = m_options->themeColour();
+    const QColor shade(theme.red() - 10, theme.green() - 10, theme.blue() - 10);
+    QPalette palette = this->palette();
+    palette.setColor(QPalette::Window, theme);
+    setPalette(palette);
+    for (QWidget* w : {static_cast<QWidget*>(ui->Label5), static_cast<QWidget*>(ui->Text2),
+                       static_cast<QWidget*>(ui->Label3), static_cast<QWidget*>(ui->Label6),
+                       static_cast<QWidget*>(ui->Text1), static_cast<QWidget*>(ui->Label2),
+                       static_cast<QWidget*>(ui->Label4)})
+        paint(w, theme);
+    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
+                       static_cast<QWidget*>(ui->Command5), static_cast<QWidget*>(ui->Command3),
+                       static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Command1),
+                       static_cast<QWidget*>(ui->Command2), static_cast<QWidget*>(ui->Command4)})
+        paint(w, shade);
+}
+
+void Form1::adjustGUIforDPI() {
+    const bool reduced = isOn(m_state.options.optionsHighDPIGUIAdjust);
+    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
+                       static_cast<QWidget*>(ui->Text2), static_cast<QWidget*>(ui->Label3),
+                       static_cast<QWidget*>(ui->Label6), static_cast<QWidget*>(ui->Check1),
+                       static_cast<QWidget*>(ui->Label2)})
+        setPointSize(w, reduced ? 6 : 8);
+    setPointSize(ui->Label5, reduced ? 8 : 10);
+    setPointSize(ui->Label4, reduced ? 6 : 11);
+    for (QWidget* w : {ui->Command1, ui->Command2, ui->Command3, ui->Command4})
+        setPointSize(w, reduced ? 8 : 10);
+    m_options->adjustGUIforDPI(reduced);
+    if (m_adjustPickerForDPI)
+        m_adjustPickerForDPI(reduced);
+}
+
+void Form1::Combo1_Click() {
+    if (ui->Combo1->currentIndex() < 0)
+        return;
+    QFont font = ui->Text1->font();
+    font.setFamily(ui->Combo1->currentText());
+    ui->Text1->setFont(font);
+}
+
+void Form1::Combo2_Click() {
+    const int points = ui->Combo2->currentText().trimmed().toInt();
+    if (points <= 0)
+        return;
+    QFont font = ui->Text1->font();
+    font.setPointSize(points);
+    ui->Text1->setFont(font);
+}
+
+// Form_Resize: the window keeps its size whatever the window manager asks.
+void Form1::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (!isMinimized() && size() != kClientSize)
+        resize(kClientSize);
+}
+
+// ---------------------------------------------------------------- EditorState
+
+std::string Form1::text() const {
+    return toProgramText(ui->Text1->document()->toRawText());
+}
+
+void Form1::setText(std::string_view text) {
+    ui->Text1->setPlainText(toWidgetText(text));
+}
+
+void Form1::selectText(std::size_t start, std::size_t length) {
+    const QString widgetText =
+        ui->Text1->document()->toRawText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    QTextCursor cursor(ui->Text1->document());
+    cursor.setPosition(widgetPosition(widgetText, start));
+    cursor.setPosition(widgetPosition(widgetText, start + length), QTextCursor::KeepAnchor);
+    ui->Text1->setTextCursor(cursor);
+}
+
+std::string Form1::selectedText() const {
+    return toProgramText(ui->Text1->textCursor().selectedText());
+}
+
+void Form1::setTextEnabled(bool enabled) {
+    ui->Text1->setEnabled(enabled);
+}
+
+void Form1::focusText() {
+    ui->Text1->setFocus();
+}
+
+bool Form1::updateEnabled() const {
+    return ui->Command1->isEnabled();
+}
+
+void Form1::setUpdateEnabled(bool enabled) {
+    ui->Command1->setEnabled(enabled);
+}
+
+bool Form1::updateBold() const {
+    return ui->Command1->font().bold();
+}
+
+void Form1::setUpdateBold(bool bold) {
+    QFont font = ui->Command1->font();
+    font.setBold(bold);
+    ui->Command1->setFont(font);
+}
+
+void Form1::setUpdateCaption(std::string_view caption) {
+    ui->Command1->setText(toWidgetText(caption));
+}
+
+void Form1::setCancelEnabled(bool enabled) {
+    ui->Command2->setEnabled(enabled);
+}
+
+void Form1::setHelpEnabled(bool enabled) {
+    ui->Command3->setEnabled(enabled);
+}
+
+void Form1::setOptionsEnabled(bool enabled) {
+    ui->Command4->setEnabled(enabled);
+}
+
+bool Form1::exportChecked() const {
+    return ui->Check1->isChecked();
+}
+
+void Form1::setExportChecked(bool checked) {
+    ui->Check1->setChecked(checked);
+}
+
+void Form1::setExportVisible(bool visible) {
+    ui->Check1->setVisible(visible);
+}
+
+void Form1::setStatus(std::string_view status) {
+    ui->Label6->setText(toWidgetText(status));
+}
+
+void Form1::setTargetBox(std::string_view targetPath) {
+    ui->Text2->setText(toWidgetText(targetPath));
+}
+
+void Form1::showOpenIcon(bool isFolder) {
+    ui->Image3->setVisible(isFolder);
+    ui->Image4->setVisible(!isFolder);
+}
+
+void Form1::setCaption(std::string_view caption) {
+    setWindowTitle(toWidgetText(caption));
+}
+
+void Form1::startTimer(int intervalMilliseconds) {
+    Timer1->start(intervalMilliseconds);
+}
+
+// ---------------------------------------------------------------- keys and clicks
+
+bool Form1::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        Form_KeyDown(key);
+        if (m_ended)
+            return true;
+        if (watched == ui->Text1)
+            Text1_KeyDown(key);
+        else if (watched == ui->Combo1)
+            Combo1_Click();
+        else if (watched == ui->Combo2)
+            Combo2_Click();
+        return m_ended;
+    }
+    if (event->type() == QEvent::MouseButtonRelease)
+        return clickable(watched, event);
+    return QWidget::eventFilter(watched, event);
+}
+
+void Form1::keyPressEvent(QKeyEvent* event) {
+    if (!Form_KeyDown(event))
+        QWidget::keyPressEvent(event);
+}
+
+bool Form1::Form_KeyDown(QKeyEvent* event) {
+    switch (event->key()) {
+        case Qt::Key_F1:
+            Command3_Click();
+            return true;
+        case Qt::Key_Escape:
+            Command2_Click();
+            return true;
+        case Qt::Key_F10:
+            if (ui->Command1->isEnabled())
+                Command1_Click();
+            return true;
+        case Qt::Key_F12:
+            Command4_Click();
+            return true;
+        default:
+            return false;
+    }
+}
+
+// After a Ctrl combination the box stays read-only until a key without Ctrl goes
+// down in it, so the mouse cannot edit in between.
+void Form1::Text1_KeyDown(QKeyEvent* event) {
+    ui->Text1->setReadOnly(event->modifiers().testFlag(Qt::ControlModifier));
+    switch (boxCommandFor(event->key(), event->modifiers())) {
+        case BoxCommand::Copy:
+            copySelection();
+            break;
+        case BoxCommand::Paste:
+            pasteClipboard();
+            break;
+        case BoxCommand::SelectAll:
+            selectText(0, characterCount(text()));
+            break;
+        case BoxCommand::Find:
+            findInText(false);
+            break;
+        case BoxCommand::Replace:
+            findInText(true);
+            break;
+        case BoxCommand::None:
+            break;
+    }
+}
+
+bool Form1::clickable(QObject* watched, QEvent* event) {
+    if (static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
+        return false;
+    if (watched == ui->Image1)
+        Image1_Click();
+    else if (watched == ui->Image3)
+        Image3_Click();
+    else if (watched == ui->Image4)
+        Image4_Click();
+    else if (watched == ui->Image5)
+        Image5_Click();
+    else if (watched == ui->Label4)
+        Label4_Click();
+    else
+        return false;
+    return true;
+}
+
+void Form1::Text1_Change() {
+    keepWithinMaxLength();
+    if (m_readingState) {
+        setUpdateBold(false);
+        setUpdateEnabled(false);
+    }
+    if (!ui->Command1->isEnabled())
+        return;
+    setUpdateBold(true);
+    ui->Label3->setText(toWidgetText(counterText(text())));
+}
+
+// The box holds at most 30000 characters: what goes beyond is cut where it came in,
+// just before the cursor, or at the end when the whole text was set at once.
+void Form1::keepWithinMaxLength() {
+    const std::size_t count = characterCount(text());
+    if (count <= kMaxDescriptionChars)
+        return;
+    std::size_t excess = count - kMaxDescriptionChars;
+    const QString widgetText = ui->Text1->document()->toRawText();
+    QTextCursor cursor = ui->Text1->textCursor();
+    int end = cursor.position() > 0 ? cursor.position() : static_cast<int>(widgetText.size());
+    int start = end;
+    while (start > 0 && excess > 0) {
+        --start;
+        const QChar c = widgetText[start];
+        if (c.isLowSurrogate() && start > 0)
+            --start;
+        excess -= std::min<std::size_t>(excess, c == QChar::ParagraphSeparator ? 2 : 1);
+    }
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+}
+
+void Form1::copySelection() {
+    const QString selected = ui->Text1->textCursor().selectedText().replace(
+        QChar::ParagraphSeparator, QLatin1Char('\n'));
+    if (selected.isEmpty())
+        return;
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    clipboard->clear();
+    clipboard->setText(selected);
+}
+
+void Form1::pasteClipboard() {
+    const QString pasted = QGuiApplication::clipboard()->text();
+    QTextCursor cursor = ui->Text1->textCursor();
+    cursor.insertText(toWidgetText(toProgramText(pasted)));
+    ui->Text1->setTextCursor(cursor);
+}
+
+void Form1::findInText(bool replace) {
+    if (const QScreen* screen = this->screen())
+        move(screen->availableGeometry().topLeft());
+    const std::string selection = selectedText();
+    if (replace)
+        replaceCommand(*this, selection, m_prompter);
+    else
+        findCommand(*this, selection, m_prompter);
+}
+
+// ---------------------------------------------------------------- commands
+
+void Form1::Command1_Click() {
+    if (endsProgram(::Command1_Click(m_state, *this, m_prompter)))
+        endProgram(0);
+}
+
+void Form1::Command2_Click() {
+    if (cancelEndsProgram(m_state, *this, m_prompter))
+        endProgram(0);
+}
+
+void Form1::Command3_Click() {
+    const std::string helpFile = m_state.data.appPath + "help.html";
+    if (fileExists(helpFile)) {
+        (void)shellOpen(helpFile);
+        return;
+    }
+    showError(m_prompter,
+              "Error: Help file not found.  Check the Kelvane website for online help.");
+    (void)shellOpen(VESKOR_HOME_URL);
+}
+
+void Form1::Command4_Click() {
+    if (!ui->Command4->isEnabled())
+        return;
+    m_options->show();
+    m_options->raise();
+    m_options->activateWindow();
+}
+
+void Form1::Command5_Click() {
+    m_toolbar->Command5_Click();
+}
+
+void Form1::Timer1_Timer() {
+    m_toolbar->Timer1_Timer();
+}
+
+void Form1::Image1_Click() {
+    if (!ui->Text1->isEnabled())
+        return;
+    ui->Image1->hide();
+    if (endsProgram(deleteDescription(m_state, *this, m_prompter)))
+        return endProgram(0);
+    ui->Image1->show();
+}
+
+void Form1::Image3_Click() {
+    if (entryExists(m_state.target.targetFileFullPathname))
+        (void)shellOpen(m_state.target.targetFileFullPathname);
+}
+
+void Form1::Image4_Click() {
+    Image3_Click();
+}
+
+void Form1::Image5_Click() {
+    m_toolbar->disableBanner();
+}
+
+void Form1::Label4_Click() {
+    (void)shellOpen(VESKOR_HOME_URL);
+}
+
+void Form1::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    Command2_Click();
+}
