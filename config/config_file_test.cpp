@@ -53,7 +53,7 @@ TEST_F(ConfigFileTest, WritesTheEightDefaultLinesByteForByte) {
 }
 
 TEST_F(ConfigFileTest, WritesValuesInPlainDecimalAndReadsThemBack) {
-    options_ = Options{0, 1, 12, -1, 2.5, 0.125, 100000000000000000000.0};
+    options_ = Options{-0.0, 1, 12, -1, 2.5, 0.125, 100000000000000000000.0};
     create();
     EXPECT_EQ(readConfig(),
               "[Veskor 1.9]\r\nCreate00index=0\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=12\r\n"

@@ -7,8 +7,14 @@
 
 namespace {
 
-constexpr std::string_view kDataSubfolder = "/Kelvane/Veskor";
-constexpr std::string_view kFailsafeFolder = "failsafe db";
+const std::string kFailsafeFolder = "failsafe db";
+
+// The per-user data folder without its trailing "/". With no host data folder at all
+// it starts at the root, where nothing creates it, so the lookups fall through to the
+// program folder.
+std::string perUserFolder(const std::string& appData) {
+    return appData + "/Kelvane/Veskor";
+}
 
 // Folder creation never reports: the lookups that follow decide what is usable.
 void createDataFolders(const std::string& appData) {
@@ -18,19 +24,18 @@ void createDataFolders(const std::string& appData) {
     // into portable mode. It holds private data, so only its owner may enter.
     (void)createFolders(appData, 0700);
     (void)createFolder(appData + "/Kelvane");
-    (void)createFolder(appData + std::string(kDataSubfolder));
-    (void)createFolder(appData + std::string(kDataSubfolder) + "/" + std::string(kFailsafeFolder));
+    (void)createFolder(perUserFolder(appData));
+    (void)createFolder(perUserFolder(appData) + "/" + kFailsafeFolder);
 }
 
 // The failsafe folder: the per-user one, else the one in the program folder, created
-// there when needed. Empty when neither can be had.
+// there when needed. Empty when neither can be had. A plain file of that name passes
+// the lookups too, as the folder lookups have always let it.
 std::string findFailsafeFolder(const std::string& appData, const std::string& appPath) {
-    // The lookups find a plain file of that name too, as the folder lookups always have.
-    std::string perUser =
-        appData + std::string(kDataSubfolder) + "/" + std::string(kFailsafeFolder);
+    std::string perUser = perUserFolder(appData) + "/" + kFailsafeFolder;
     if (fileOrFolderExists(perUser))
         return perUser + "/";
-    std::string portable = appPath + std::string(kFailsafeFolder);
+    std::string portable = appPath + kFailsafeFolder;
     if (fileOrFolderExists(portable))
         return portable + "/";
     (void)createFolder(portable);
@@ -38,7 +43,7 @@ std::string findFailsafeFolder(const std::string& appData, const std::string& ap
 }
 
 std::string findAppDataPath(const std::string& appData, const std::string& appPath) {
-    std::string perUser = appData + std::string(kDataSubfolder);
+    std::string perUser = perUserFolder(appData);
     return fileOrFolderExists(perUser) ? perUser + "/" : appPath;
 }
 

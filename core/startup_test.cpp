@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <cstdlib>
+#include <functional>
 
 #include "platform/environment.h"
 #include "tests/scripted_prompter.h"
@@ -81,15 +82,31 @@ TEST_F(StartupTest, FreshAccountGetsItsDataFolderUnderHome) {
     EXPECT_EQ(st.st_mode & 0777, 0700u);
 }
 
-TEST_F(StartupTest, RunsPortableWhenNoDataFolderCanBeMade) {
-    blockDataHome();
-    ASSERT_EQ(start(), StartupResult::Continue);
-    EXPECT_EQ(state_.data.appDataPath, appPath_ + "/");
-    EXPECT_EQ(state_.data.failsafeDBpath, appPath_ + "/failsafe db/");
-    EXPECT_EQ(state_.data.configFile, appPath_ + "/config.dat");
-    EXPECT_TRUE(isFolder(appPath_ + "/failsafe db"));
-    EXPECT_EQ(readFileBytes(appPath_ + "/config.dat"), kDefaultFile);
-    EXPECT_TRUE(prompter_.shown.empty());
+TEST_F(StartupTest, RunsPortableWhenNoDataFolderCanBeHad) {
+    const std::pair<const char*, std::function<void()>> rows[] = {
+        {"data home below a file", [this] { blockDataHome(); }},
+        {"no data home and no home",
+         [] {
+             unsetenv("XDG_DATA_HOME");
+             unsetenv("HOME");
+         }},
+    };
+    for (const auto& [name, spoilDataHome] : rows) {
+        SCOPED_TRACE(name);
+        TempDir dir;
+        const std::string program = dir / "program/";
+        dir.mkdir("program");
+        spoilDataHome();
+        ScriptedPrompter prompter;
+        ASSERT_EQ(runStartup(state_, {program, appDataFolder()}, prompter, window_),
+                  StartupResult::Continue);
+        EXPECT_EQ(state_.data.appDataPath, program);
+        EXPECT_EQ(state_.data.failsafeDBpath, program + "failsafe db/");
+        EXPECT_EQ(state_.data.configFile, program + "config.dat");
+        EXPECT_TRUE(isFolder(program + "failsafe db"));
+        EXPECT_EQ(readFileBytes(program + "config.dat"), kDefaultFile);
+        EXPECT_TRUE(prompter.shown.empty());
+    }
 }
 
 // Each row makes a program folder in which "failsafe db" cannot be created.
