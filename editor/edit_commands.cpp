@@ -60,14 +60,6 @@ void selectMatch(EditorState& editor, std::size_t at, std::size_t length) {
 
 }  // namespace
 
-std::size_t characterCount(std::string_view text) {
-    std::size_t count = 0;
-    for (char byte : text)
-        if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80)
-            ++count;
-    return count;
-}
-
 std::string counterText(std::string_view text) {
     if (text.empty())
         return "Description is empty.";

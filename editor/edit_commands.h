@@ -9,6 +9,7 @@
 #include "core/prompter.h"
 #include "core/save_sequence.h"
 #include "core/shared_state.h"
+#include "platform/code_page.h"
 
 // The editor's commands on the description box and around it: find and replace, the
 // character counter, the keys of the box, the Cancel question and the delete icon.
@@ -16,9 +17,6 @@
 // CR LF text; the window only gathers the keys and shows what comes out.
 
 inline constexpr std::size_t kMaxDescriptionChars = 30000;
-
-// The length of a text in characters (code points); a CR LF break counts two.
-std::size_t characterCount(std::string_view text);
 
 // The counter label: "Description is empty." or the characters still free, such as
 // "29995 characters remaining." for a text of five characters.
