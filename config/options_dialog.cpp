@@ -89,6 +89,13 @@ bool Form4::event(QEvent* event) {
     return QWidget::event(event);
 }
 
+// Shown means about to become active; the settings are loaded then as well, so that
+// OK never stores controls that were not loaded.
+void Form4::showEvent(QShowEvent* event) {
+    loadControls();
+    QWidget::showEvent(event);
+}
+
 void Form4::loadControls() {
     const Options& options = m_state.options;
     ui->Check1->setChecked(isOn(options.optionsCreate00index));

@@ -465,7 +465,9 @@ void Form1::startTimer(int intervalMilliseconds) {
 bool Form1::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         auto* key = static_cast<QKeyEvent*>(event);
-        Form_KeyDown(key);
+        // The window's own keys stop here, so that they do not come back to the
+        // window when the control passes them on.
+        const bool windowKey = Form_KeyDown(key);
         if (m_ended)
             return true;
         if (watched == ui->Text1)
@@ -474,7 +476,7 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
             Combo1_Click();
         else if (watched == ui->Combo2)
             Combo2_Click();
-        return m_ended;
+        return windowKey || m_ended;
     }
     if (event->type() == QEvent::MouseButtonRelease)
         return clickable(watched, event);
