@@ -39,11 +39,11 @@ public:
     virtual void setExportChecked(bool checked) = 0;
     virtual void setExportVisible(bool visible) = 0;
 
-    virtual void setStatus(std::string_view status) = 0;          // Label6
-    virtual void setTargetBox(std::string_view targetPath) = 0;   // Text2
-    virtual void showOpenIcon(bool isFolder) = 0;                  // Image3 or Image4
-    virtual void setCaption(std::string_view caption) = 0;        // the window title
-    virtual void startTimer(int intervalMilliseconds) = 0;        // Timer1
+    virtual void setStatus(std::string_view status) = 0;         // Label6
+    virtual void setTargetBox(std::string_view targetPath) = 0;  // Text2
+    virtual void showOpenIcon(bool isFolder) = 0;                // Image3 or Image4
+    virtual void setCaption(std::string_view caption) = 0;       // the window title
+    virtual void startTimer(int intervalMilliseconds) = 0;       // Timer1
 };
 
 // The editor's state without a window: every control is a field that tests read.
@@ -51,8 +51,7 @@ class PlainEditorState : public EditorState {
 public:
     std::string text() const override { return m_text; }
     void setText(std::string_view text) override { m_text = text; }
-    void selectText(std::size_t start, std::size_t length) override
-    {
+    void selectText(std::size_t start, std::size_t length) override {
         selectionStart = start;
         selectionLength = length;
     }

@@ -27,13 +27,11 @@ struct Prompter {
 inline constexpr std::string_view kProgramTitle = "Veskor";
 
 // A refusal or store failure: critical icon, OK button, title "Veskor".
-inline void showError(Prompter& prompter, std::string_view text)
-{
+inline void showError(Prompter& prompter, std::string_view text) {
     prompter.message(text, kProgramTitle, Buttons::Ok, Icon::Critical);
 }
 
 // A question without an icon, titled "Veskor".
-inline Answer ask(Prompter& prompter, std::string_view text, Buttons buttons)
-{
+inline Answer ask(Prompter& prompter, std::string_view text, Buttons buttons) {
     return prompter.message(text, kProgramTitle, buttons, Icon::None);
 }

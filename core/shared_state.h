@@ -25,7 +25,9 @@ struct Options {
 enum class WriteResult { Ok, Error };
 
 // A switch setting counts as on only when it is exactly 1.
-inline bool isOn(double option) { return option == 1; }
+inline bool isOn(double option) {
+    return option == 1;
+}
 
 struct DataPaths {
     std::string appPath;         // the program folder

@@ -5,8 +5,7 @@
 namespace {
 
 // CR LF inside a message reads better as a plain line break on a terminal.
-std::string withUnixBreaks(std::string_view text)
-{
+std::string withUnixBreaks(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -20,8 +19,7 @@ std::string withUnixBreaks(std::string_view text)
 }  // namespace
 
 Answer StderrPrompter::message(std::string_view text, std::string_view title, Buttons buttons,
-                               Icon /*icon*/)
-{
+                               Icon /*icon*/) {
     std::string line = std::string(title) + ": " + withUnixBreaks(text);
     Answer answer = Answer::Ok;
     if (buttons != Buttons::Ok) {
@@ -33,8 +31,7 @@ Answer StderrPrompter::message(std::string_view text, std::string_view title, Bu
 }
 
 std::optional<std::string> StderrPrompter::input(std::string_view prompt, std::string_view title,
-                                                 std::string_view /*proposed*/)
-{
+                                                 std::string_view /*proposed*/) {
     std::fprintf(m_out, "%s: %s [cancelled]\n", std::string(title).c_str(),
                  withUnixBreaks(prompt).c_str());
     return std::nullopt;

@@ -10,9 +10,7 @@
 class StderrPrompter : public Prompter {
 public:
     explicit StderrPrompter(bool answerYes = false, std::FILE* out = stderr)
-        : m_answerYes(answerYes), m_out(out)
-    {
-    }
+        : m_answerYes(answerYes), m_out(out) {}
     Answer message(std::string_view text, std::string_view title, Buttons buttons,
                    Icon icon) override;
     std::optional<std::string> input(std::string_view prompt, std::string_view title,

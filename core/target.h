@@ -27,8 +27,7 @@ enum class TargetResult { Accepted, EndProgram };
 // The checks for a full path, as the picker hands it over (no quote removal): line
 // breaks, the 243-character limit, the root folder, the failsafe folder and the
 // ".DESCRIPTION" suffix. Sets targetFileFullPathname and targetFile.
-[[nodiscard]] TargetResult acceptTarget(std::string path, SharedState& state,
-                                        Prompter& prompter);
+[[nodiscard]] TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompter);
 
 enum class ExistenceResult {
     Exists,        // indexFilePath and indexFile are set; targetFileDesc is cleared

@@ -14,6 +14,9 @@
 // Windows-1252.
 [[nodiscard]] std::string decodeFileText(std::string_view bytes);
 
+// Decodes Windows-1252 bytes; every byte maps to one character.
+[[nodiscard]] std::string decodeWindows1252(std::string_view bytes);
+
 // Number of characters (code points) in UTF-8 text; a stray byte counts as one.
 [[nodiscard]] std::size_t characterCount(std::string_view utf8);
 
@@ -26,10 +29,8 @@
 
 // Converts UTF-8 to a Windows code page (1252, 65001, 1200 for UTF-16LE, 932,
 // 10000...); nullopt when the page is unknown to iconv or a character does not fit.
-[[nodiscard]] std::optional<std::string> encodeCodePage(std::string_view utf8,
-                                                        unsigned codePage);
+[[nodiscard]] std::optional<std::string> encodeCodePage(std::string_view utf8, unsigned codePage);
 
 // Converts text in a Windows code page to UTF-8; nullopt when the page is unknown or
 // the bytes are not valid in it.
-[[nodiscard]] std::optional<std::string> decodeCodePage(std::string_view bytes,
-                                                        unsigned codePage);
+[[nodiscard]] std::optional<std::string> decodeCodePage(std::string_view bytes, unsigned codePage);

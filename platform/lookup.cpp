@@ -4,8 +4,7 @@
 
 #include <cerrno>
 
-Entry lookupEntry(const std::string& path)
-{
+Entry lookupEntry(const std::string& path) {
     struct stat st {};
     if (::stat(path.c_str(), &st) != 0) {
         if (errno == ENOENT || errno == ENOTDIR)
@@ -20,21 +19,20 @@ Entry lookupEntry(const std::string& path)
     return {EntryKind::System, readOnly};
 }
 
-bool entryExists(const std::string& path)
-{
+bool entryExists(const std::string& path) {
     EntryKind kind = lookupEntry(path).kind;
     return kind == EntryKind::File || kind == EntryKind::Directory || kind == EntryKind::System;
 }
 
-bool fileExists(const std::string& path) { return lookupEntry(path).kind == EntryKind::File; }
+bool fileExists(const std::string& path) {
+    return lookupEntry(path).kind == EntryKind::File;
+}
 
-bool fileOrFolderExists(const std::string& path)
-{
+bool fileOrFolderExists(const std::string& path) {
     EntryKind kind = lookupEntry(path).kind;
     return kind == EntryKind::File || kind == EntryKind::Directory;
 }
 
-bool IsADirectory(const std::string& path)
-{
+bool IsADirectory(const std::string& path) {
     return lookupEntry(path).kind == EntryKind::Directory;
 }

@@ -20,8 +20,7 @@ public:
     };
 
     Answer message(std::string_view text, std::string_view title, Buttons buttons,
-                   Icon icon) override
-    {
+                   Icon icon) override {
         shown.push_back({std::string(text), std::string(title), buttons, icon});
         if (buttons == Buttons::Ok)
             return Answer::Ok;
@@ -33,8 +32,7 @@ public:
     }
 
     std::optional<std::string> input(std::string_view prompt, std::string_view title,
-                                     std::string_view proposed) override
-    {
+                                     std::string_view proposed) override {
         inputs.push_back({std::string(prompt), std::string(title), std::string(proposed)});
         if (inputAnswers.empty())
             return std::nullopt;
@@ -44,8 +42,7 @@ public:
     }
 
     // The texts of every message box shown, in order.
-    std::vector<std::string> texts() const
-    {
+    std::vector<std::string> texts() const {
         std::vector<std::string> out;
         for (const auto& s : shown)
             out.push_back(s.text);

@@ -7,16 +7,14 @@
 
 namespace fs = std::filesystem;
 
-TempDir::TempDir()
-{
+TempDir::TempDir() {
     std::string pattern = (fs::temp_directory_path() / "veskor-test-XXXXXX").string();
     if (!mkdtemp(pattern.data()))
         throw std::runtime_error("cannot create a temporary folder");
     m_path = pattern + "/";
 }
 
-TempDir::~TempDir()
-{
+TempDir::~TempDir() {
     std::error_code ec;
     // Tests make files read-only; give the owner write permission back before removing.
     for (auto it = fs::recursive_directory_iterator(m_path, ec);
@@ -27,8 +25,7 @@ TempDir::~TempDir()
     fs::remove_all(m_path, ec);
 }
 
-std::string TempDir::write(std::string_view name, std::string_view bytes) const
-{
+std::string TempDir::write(std::string_view name, std::string_view bytes) const {
     std::string full = *this / name;
     fs::create_directories(fs::path(full).parent_path());
     std::ofstream out(full, std::ios::binary | std::ios::trunc);
@@ -36,23 +33,20 @@ std::string TempDir::write(std::string_view name, std::string_view bytes) const
     return full;
 }
 
-std::string TempDir::mkdir(std::string_view name) const
-{
+std::string TempDir::mkdir(std::string_view name) const {
     std::string full = *this / name;
     fs::create_directories(full);
     return full;
 }
 
-std::string readFileBytes(const std::string& path)
-{
+std::string readFileBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 namespace {
 
-void restore(const char* name, bool had, const std::string& value)
-{
+void restore(const char* name, bool had, const std::string& value) {
     if (had)
         setenv(name, value.c_str(), 1);
     else
@@ -61,8 +55,7 @@ void restore(const char* name, bool had, const std::string& value)
 
 }  // namespace
 
-TempHome::TempHome()
-{
+TempHome::TempHome() {
     if (const char* v = std::getenv("HOME")) {
         m_hadHome = true;
         m_oldHome = v;
@@ -76,8 +69,7 @@ TempHome::TempHome()
     unsetenv("XDG_DATA_HOME");
 }
 
-TempHome::~TempHome()
-{
+TempHome::~TempHome() {
     restore("HOME", m_hadHome, m_oldHome);
     restore("XDG_DATA_HOME", m_hadXdg, m_oldXdg);
 }

@@ -1,0 +1,106 @@
+#include "platform/atomic_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "platform/files.h"
+
+namespace {
+
+constexpr std::size_t kFlushAt = 1 << 16;
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+// The rename is only durable once the folder's entry is on disk too.
+void syncParentFolder(const std::string& path) {
+    std::size_t slash = path.rfind('/');
+    std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+}
+
+}  // namespace
+
+AtomicFile::AtomicFile(std::string path) : m_path(std::move(path)), m_tempPath(m_path + ".tmp") {}
+
+AtomicFile::~AtomicFile() {
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+std::error_code AtomicFile::open() {
+    if (isReadOnlyFile(m_path))
+        return std::make_error_code(std::errc::permission_denied);
+    m_fd = ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (m_fd < 0)
+        return lastError();
+    return {};
+}
+
+void AtomicFile::write(std::string_view bytes) {
+    m_buffer.append(bytes);
+    if (m_buffer.size() >= kFlushAt)
+        flushBuffer();
+}
+
+void AtomicFile::writeLine(std::string_view line) {
+    write(line);
+    write("\r\n");
+}
+
+void AtomicFile::flushBuffer() {
+    if (m_fd < 0 && !m_error)
+        m_error = std::make_error_code(std::errc::bad_file_descriptor);
+    std::size_t done = 0;
+    while (!m_error && done < m_buffer.size()) {
+        ssize_t n = ::write(m_fd, m_buffer.data() + done, m_buffer.size() - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            m_error = lastError();
+        else
+            done += static_cast<std::size_t>(n);
+    }
+    m_buffer.clear();
+}
+
+std::error_code AtomicFile::commit() {
+    flushBuffer();
+    if (!m_error && ::fsync(m_fd) != 0)
+        m_error = lastError();
+    if (m_fd >= 0 && ::close(m_fd) != 0 && !m_error)
+        m_error = lastError();
+    m_fd = -1;
+    if (!m_error && ::rename(m_tempPath.c_str(), m_path.c_str()) != 0)
+        m_error = lastError();
+    if (!m_error)
+        syncParentFolder(m_path);
+    return m_error;
+}
+
+void AtomicFile::discard() {
+    if (m_fd >= 0)
+        ::close(m_fd);
+    m_fd = -1;
+    ::unlink(m_tempPath.c_str());
+}
+
+std::error_code replaceFileAtomically(const std::string& path, std::string_view bytes) {
+    AtomicFile out(path);
+    if (auto ec = out.open())
+        return ec;
+    out.write(bytes);
+    auto ec = out.commit();
+    if (ec)
+        out.discard();
+    return ec;
+}

@@ -1,0 +1,197 @@
+#include "platform/code_page.h"
+
+#include <iconv.h>
+#include <locale.h>
+#include <wctype.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+
+namespace {
+
+// Windows-1252 bytes 0x80-0x9F; the rest of the page equals Latin-1. Undefined bytes
+// map to the C1 control of the same value, as Windows itself does.
+constexpr std::array<char32_t, 32> kWindows1252High = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+void appendUtf8(std::string& out, char32_t c) {
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (c >> 18));
+        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+// Length of the valid UTF-8 sequence at `pos` and its code point; 0 when invalid.
+std::size_t utf8Sequence(std::string_view s, std::size_t pos, char32_t& code) {
+    auto byte = [&](std::size_t i) { return static_cast<unsigned char>(s[i]); };
+    unsigned char b = byte(pos);
+    std::size_t len = b < 0x80         ? 1
+                      : (b >> 5) == 6  ? 2
+                      : (b >> 4) == 14 ? 3
+                      : (b >> 3) == 30 ? 4
+                                       : 0;
+    if (len == 0 || pos + len > s.size())
+        return 0;
+    code = len == 1 ? b : len == 2 ? (b & 0x1Fu) : len == 3 ? (b & 0x0Fu) : (b & 0x07u);
+    for (std::size_t i = 1; i < len; ++i) {
+        if ((byte(pos + i) & 0xC0) != 0x80)
+            return 0;
+        code = (code << 6) | (byte(pos + i) & 0x3Fu);
+    }
+    static constexpr char32_t kMin[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (code < kMin[len] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+        return 0;
+    return len;
+}
+
+// The iconv name of a Windows code page.
+std::string iconvName(unsigned codePage) {
+    switch (codePage) {
+        case 1200:
+            return "UTF-16LE";
+        case 1201:
+            return "UTF-16BE";
+        case 65001:
+            return "UTF-8";
+        case 10000:
+            return "MACINTOSH";
+        case 20127:
+            return "ASCII";
+        case 28591:
+            return "ISO-8859-1";
+        case 932:
+            return "CP932";
+        case 936:
+            return "GBK";
+        case 949:
+            return "CP949";
+        case 950:
+            return "BIG5";
+        default:
+            return "CP" + std::to_string(codePage);
+    }
+}
+
+std::optional<std::string> convert(std::string_view in, const std::string& from,
+                                   const std::string& to) {
+    iconv_t cd = ::iconv_open(to.c_str(), from.c_str());
+    if (cd == reinterpret_cast<iconv_t>(-1))
+        return std::nullopt;
+    std::string out(in.size() * 4 + 16, '\0');
+    char* src = const_cast<char*>(in.data());
+    std::size_t srcLeft = in.size();
+    char* dst = out.data();
+    std::size_t dstLeft = out.size();
+    std::size_t rc = ::iconv(cd, &src, &srcLeft, &dst, &dstLeft);
+    ::iconv_close(cd);
+    if (rc == static_cast<std::size_t>(-1) || srcLeft != 0)
+        return std::nullopt;
+    out.resize(out.size() - dstLeft);
+    return out;
+}
+
+locale_t utf8Locale() {
+    static locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return locale;
+}
+
+}  // namespace
+
+std::string decodeFileText(std::string_view bytes) {
+    std::string out;
+    out.reserve(bytes.size());
+    for (std::size_t pos = 0; pos < bytes.size();) {
+        char32_t code = 0;
+        std::size_t len = utf8Sequence(bytes, pos, code);
+        if (len > 0) {
+            out.append(bytes.substr(pos, len));
+            pos += len;
+            continue;
+        }
+        out += decodeWindows1252(bytes.substr(pos++, 1));
+    }
+    return out;
+}
+
+std::size_t characterCount(std::string_view utf8) {
+    std::size_t count = 0;
+    for (std::size_t pos = 0; pos < utf8.size(); ++count) {
+        char32_t code = 0;
+        std::size_t len = utf8Sequence(utf8, pos, code);
+        pos += len == 0 ? 1 : len;
+    }
+    return count;
+}
+
+std::string_view firstCharacters(std::string_view utf8, std::size_t count) {
+    std::size_t pos = 0;
+    for (std::size_t n = 0; n < count && pos < utf8.size(); ++n) {
+        char32_t code = 0;
+        std::size_t len = utf8Sequence(utf8, pos, code);
+        pos += len == 0 ? 1 : len;
+    }
+    return utf8.substr(0, pos);
+}
+
+std::string_view charactersFrom(std::string_view utf8, std::size_t start) {
+    return utf8.substr(firstCharacters(utf8, start).size());
+}
+
+std::string upperCase(std::string_view utf8) {
+    std::string out;
+    out.reserve(utf8.size());
+    for (std::size_t pos = 0; pos < utf8.size();) {
+        char32_t code = 0;
+        std::size_t len = utf8Sequence(utf8, pos, code);
+        if (len == 0) {
+            out += utf8[pos++];
+            continue;
+        }
+        pos += len;
+        if (code < 0x80) {
+            out += static_cast<char>(code >= 'a' && code <= 'z' ? code - 32 : code);
+        } else {
+            locale_t locale = utf8Locale();
+            auto upper = locale ? ::towupper_l(static_cast<wint_t>(code), locale)
+                                : static_cast<wint_t>(code);
+            appendUtf8(out, static_cast<char32_t>(upper));
+        }
+    }
+    return out;
+}
+
+std::optional<std::string> encodeCodePage(std::string_view utf8, unsigned codePage) {
+    return convert(utf8, "UTF-8", iconvName(codePage));
+}
+
+std::string decodeWindows1252(std::string_view bytes) {
+    std::string out;
+    out.reserve(bytes.size());
+    for (char c : bytes) {
+        auto b = static_cast<unsigned char>(c);
+        appendUtf8(out, b >= 0x80 && b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
+    }
+    return out;
+}
+
+std::optional<std::string> decodeCodePage(std::string_view bytes, unsigned codePage) {
+    // iconv refuses the five bytes that Windows-1252 leaves undefined; Windows reads
+    // them as the C1 controls of the same value, and so do we.
+    if (codePage == 1252)
+        return decodeWindows1252(bytes);
+    return convert(bytes, iconvName(codePage), "UTF-8");
+}

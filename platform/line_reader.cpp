@@ -1,0 +1,103 @@
+#include "platform/line_reader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace {
+
+constexpr std::size_t kChunk = 1 << 16;
+
+}  // namespace
+
+LineReader::LineReader(const std::string& path) {
+    m_fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (m_fd < 0)
+        m_error = {errno, std::generic_category()};
+}
+
+LineReader::~LineReader() {
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+// Appends the next chunk of the file to the buffer; false when nothing more came.
+bool LineReader::fill() {
+    if (m_eof || m_error)
+        return false;
+    if (m_pos > 0) {
+        m_buffer.erase(0, m_pos);
+        m_pos = 0;
+    }
+    std::size_t old = m_buffer.size();
+    m_buffer.resize(old + kChunk);
+    ssize_t n;
+    do {
+        n = ::read(m_fd, m_buffer.data() + old, kChunk);
+    } while (n < 0 && errno == EINTR);
+    if (n < 0) {
+        m_error = {errno, std::generic_category()};
+        n = 0;
+    }
+    m_buffer.resize(old + static_cast<std::size_t>(n));
+    if (n == 0)
+        m_eof = true;
+    return n > 0;
+}
+
+bool LineReader::next(std::string& line) {
+    line.clear();
+    if (m_error)
+        return false;
+    std::size_t scanFrom = m_pos;
+    for (;;) {
+        std::size_t end = m_buffer.find_first_of("\r\n", scanFrom);
+        if (end != std::string::npos) {
+            // A CR at the end of the buffer may be the first half of CR LF.
+            if (m_buffer[end] == '\r' && end + 1 == m_buffer.size() && !m_eof) {
+                std::size_t offset = end - m_pos;
+                fill();
+                if (m_error)
+                    return false;
+                scanFrom = m_pos + offset;
+                continue;
+            }
+            line.assign(m_buffer, m_pos, end - m_pos);
+            bool crlf =
+                m_buffer[end] == '\r' && end + 1 < m_buffer.size() && m_buffer[end + 1] == '\n';
+            m_pos = end + (crlf ? 2 : 1);
+            return true;
+        }
+        std::size_t scanned = m_buffer.size() - m_pos;
+        if (!fill()) {
+            if (m_error || m_pos >= m_buffer.size())
+                return false;
+            line.assign(m_buffer, m_pos, std::string::npos);
+            m_pos = m_buffer.size();
+            return true;
+        }
+        scanFrom = m_pos + scanned;
+    }
+}
+
+bool LineReader::atEnd() {
+    if (m_pos < m_buffer.size())
+        return false;
+    return !fill();
+}
+
+std::vector<std::string_view> splitLines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        std::size_t end = text.find_first_of("\r\n", pos);
+        if (end == std::string_view::npos) {
+            lines.push_back(text.substr(pos));
+            break;
+        }
+        lines.push_back(text.substr(pos, end - pos));
+        pos = end + ((text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n') ? 2 : 1);
+    }
+    return lines;
+}

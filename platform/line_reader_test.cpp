@@ -1,0 +1,100 @@
+#include "platform/line_reader.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/temp_dir.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines readAll(const std::string& path) {
+    LineReader reader(path);
+    Lines lines;
+    std::string line;
+    while (reader.next(line))
+        lines.push_back(line);
+    return lines;
+}
+
+Lines splitAll(std::string_view text) {
+    Lines lines;
+    for (auto line : splitLines(text))
+        lines.emplace_back(line);
+    return lines;
+}
+
+struct Case {
+    const char* name;
+    std::string bytes;
+    Lines expected;
+};
+
+const Case kCases[] = {
+    {"crlf", "a\r\nb\r\n", {"a", "b"}},
+    {"lf", "a\nb\n", {"a", "b"}},
+    {"lone cr", "a\rb\r", {"a", "b"}},
+    {"mixed", "a\r\nb\nc\rd", {"a", "b", "c", "d"}},
+    {"no final line end", "a\r\nb", {"a", "b"}},
+    {"empty lines kept", "\r\n\r\nx\r\n", {"", "", "x"}},
+    {"cr cr lf is an empty line", "a\r\r\nb", {"a", "", "b"}},
+    {"empty file", "", {}},
+    {"only a line end", "\r\n", {""}},
+    {"nul bytes", std::string("a\0b\r\n", 5), {std::string("a\0b", 3)}},
+};
+
+}  // namespace
+
+TEST(LineReaderTest, SplitsLinesAtEveryKindOfLineEnd) {
+    TempDir dir;
+    for (const auto& [name, bytes, expected] : kCases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(readAll(dir.write("f.txt", bytes)), expected);
+        EXPECT_EQ(splitAll(bytes), expected);
+    }
+}
+
+TEST(LineReaderTest, KeepsCrLfTogetherAcrossItsReadBuffer) {
+    TempDir dir;
+    for (std::size_t at : {65535u, 65536u, 65537u, 131071u}) {
+        SCOPED_TRACE(at);
+        std::string first(at, 'x');
+        EXPECT_EQ(readAll(dir.write("f.txt", first + "\r\nnext\r\n")), (Lines{first, "next"}));
+        EXPECT_EQ(readAll(dir.write("f.txt", first + "\r")), (Lines{first}));
+    }
+}
+
+TEST(LineReaderTest, ReadsATenMegabyteLineWithoutLineEnd) {
+    TempDir dir;
+    std::string big(10 * 1024 * 1024, 'y');
+    Lines lines = readAll(dir.write("big.txt", big));
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0].size(), big.size());
+}
+
+TEST(LineReaderTest, TellsWhetherAnotherLineFollows) {
+    TempDir dir;
+    LineReader reader(dir.write("f.txt", "one\r\ntwo\r\n"));
+    std::string line;
+    ASSERT_TRUE(reader.next(line));
+    EXPECT_FALSE(reader.atEnd());
+    ASSERT_TRUE(reader.next(line));
+    EXPECT_TRUE(reader.atEnd());
+    EXPECT_FALSE(reader.next(line));
+}
+
+TEST(LineReaderTest, ReportsAFileThatCannotBeRead) {
+    TempDir dir;
+    const std::pair<std::string, std::errc> cases[] = {
+        {dir / "missing.txt", std::errc::no_such_file_or_directory},
+        {dir.mkdir("folder"), std::errc::is_a_directory},
+    };
+    for (const auto& [path, expected] : cases) {
+        SCOPED_TRACE(path);
+        LineReader reader(path);
+        std::string line;
+        EXPECT_FALSE(reader.next(line));
+        EXPECT_TRUE(reader.atEnd());
+        EXPECT_EQ(reader.error(), expected);
+    }
+}

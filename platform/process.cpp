@@ -1,0 +1,53 @@
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+// Forks twice so that the started program is adopted by init: we never wait for it
+// and it never lingers as a zombie of ours.
+std::error_code startDetached(const std::vector<std::string>& argv) {
+    if (argv.empty())
+        return std::make_error_code(std::errc::invalid_argument);
+    std::vector<char*> args;
+    for (const auto& a : argv)
+        args.push_back(const_cast<char*>(a.c_str()));
+    args.push_back(nullptr);
+
+    int pipeFds[2];
+    if (::pipe2(pipeFds, O_CLOEXEC) != 0)
+        return {errno, std::generic_category()};
+    pid_t child = ::fork();
+    if (child < 0) {
+        int err = errno;
+        ::close(pipeFds[0]);
+        ::close(pipeFds[1]);
+        return {err, std::generic_category()};
+    }
+    if (child == 0) {
+        ::setsid();
+        if (::fork() != 0)
+            ::_exit(0);
+        int devNull = ::open("/dev/null", O_RDWR);
+        ::dup2(devNull, 0);
+        ::dup2(devNull, 1);
+        ::dup2(devNull, 2);
+        ::execvp(args[0], args.data());
+        int err = errno;
+        ssize_t ignored = ::write(pipeFds[1], &err, sizeof err);
+        (void)ignored;
+        ::_exit(127);
+    }
+    ::close(pipeFds[1]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    // The exec error, if any, arrives through the pipe; a closed pipe means it started.
+    int execError = 0;
+    ssize_t n = ::read(pipeFds[0], &execError, sizeof execError);
+    ::close(pipeFds[0]);
+    if (n == sizeof execError)
+        return {execError, std::generic_category()};
+    return {};
+}

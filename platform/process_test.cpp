@@ -1,0 +1,45 @@
+#include "platform/process.h"
+
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "platform/folder_lock.h"
+#include "platform/lookup.h"
+#include "platform/shell_open.h"
+#include "tests/temp_dir.h"
+
+TEST(ProcessTest, StartsAProgramWithoutWaitingAndReportsOneThatCannotStart) {
+    TempDir dir;
+    const std::string marker = dir / "started";
+    ASSERT_FALSE(startDetached({"sh", "-c", "echo x > \"$0\"", marker}));
+    for (int i = 0; i < 500 && !fileExists(marker); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(fileExists(marker));
+    EXPECT_EQ(startDetached({"no-such-program-anywhere"}), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(startDetached({}), std::errc::invalid_argument);
+}
+
+TEST(ShellOpenTest, GoesThroughTheInstalledOpener) {
+    std::vector<std::string> opened;
+    ShellOpener previous = setShellOpener([&](const std::string& what) {
+        opened.push_back(what);
+        return true;
+    });
+    EXPECT_TRUE(shellOpen("/opt/veskor/help.html"));
+    EXPECT_EQ(opened, std::vector<std::string>{"/opt/veskor/help.html"});
+    setShellOpener(previous);
+}
+
+TEST(FolderLockTest, ASecondHolderWaitsAndGivesUpAfterItsTimeout) {
+    TempDir dir;
+    FolderLock first;
+    ASSERT_FALSE(first.acquire(dir.path(), std::chrono::milliseconds(100)));
+    FolderLock second;
+    EXPECT_EQ(second.acquire(dir.path(), std::chrono::milliseconds(30)), std::errc::timed_out);
+    first.release();
+    EXPECT_FALSE(second.acquire(dir.path(), std::chrono::milliseconds(30)));
+    FolderLock missing;
+    EXPECT_TRUE(missing.acquire(dir / "missing", std::chrono::milliseconds(30)));
+}
