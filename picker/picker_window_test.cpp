@@ -143,8 +143,7 @@ TEST_F(PickerWindowTest, OpensOnTheHomeFoldersDocuments) {
     }
 }
 
-TEST_F(PickerWindowTest, WithoutAHomeFolderOpensOnTheCurrentFolder)
-{
+TEST_F(PickerWindowTest, WithoutAHomeFolderOpensOnTheCurrentFolder) {
     setenv("HOME", "", 1);  // TempHome puts it back
     open();
     EXPECT_EQ(status(), std::filesystem::current_path().string());
@@ -229,15 +228,16 @@ TEST_F(PickerWindowTest, APatternFiltersTheFileListAndStaysSelectedInTheBox) {
     struct Case {
         const char* name;
         std::string typed;
-        std::string folderAfter;  // below Documents
+        std::string folderAfter;
         Names files;
         QString shown;
     } cases[] = {
-        {"pattern alone", "*.txt", "", {"a.txt", "B.TXT"}, QStringLiteral("*.txt")},
-        {"with blanks", " ?.doc  ", "", {"c.doc"}, QStringLiteral("?.doc")},
-        {"in a folder", docs_ + "/sub/*.doc", "/sub", {"d.doc"}, QStringLiteral("*.doc")},
-        {"in a relative folder", "sub/*.*", "/sub", {"d.doc", "e"}, QStringLiteral("*.*")},
-        {"in a missing folder", docs_ + "/gone/*.doc", "", {"c.doc"}, QStringLiteral("*.doc")},
+        {"pattern alone", "*.txt", docs_, {"a.txt", "B.TXT"}, QStringLiteral("*.txt")},
+        {"with blanks", " ?.doc  ", docs_, {"c.doc"}, QStringLiteral("?.doc")},
+        {"in a folder", docs_ + "/sub/*.doc", docs_ + "/sub", {"d.doc"}, QStringLiteral("*.doc")},
+        {"in a relative folder", "sub/*.*", docs_ + "/sub", {"d.doc", "e"}, QStringLiteral("*.*")},
+        {"in a missing folder", docs_ + "/gone/*.doc", docs_, {"c.doc"}, QStringLiteral("*.doc")},
+        {"in the root", "/*.no-such-extension", "/", {}, QStringLiteral("*.no-such-extension")},
     };
     for (const char* name : {"a.txt", "B.TXT", "c.doc", "sub/d.doc", "sub/e"})
         file(name);
@@ -246,12 +246,22 @@ TEST_F(PickerWindowTest, APatternFiltersTheFileListAndStaysSelectedInTheBox) {
         SCOPED_TRACE(name);
         type(docs_);
         type(typed);
-        EXPECT_EQ(status(), docs_ + folderAfter);
+        EXPECT_EQ(status(), folderAfter);
         EXPECT_EQ(fileNames(), names);
         EXPECT_EQ(box()->text(), shown);
         EXPECT_EQ(box()->selectedText(), shown);
         EXPECT_TRUE(chosen_.empty());
     }
+}
+
+TEST_F(PickerWindowTest, APathAfterAPatternShowsAllFilesAgain) {
+    for (const char* name : {"a.txt", "c.doc"})
+        file(name);
+    open();
+    type("*.txt");
+    type(docs_);
+    EXPECT_EQ(fileNames(), (Names{"a.txt", "c.doc"}));
+    EXPECT_EQ(box()->text(), QStringLiteral("*.*"));
 }
 
 TEST_F(PickerWindowTest, F5ShowsWhatChangedOnTheDisk) {
