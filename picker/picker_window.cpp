@@ -98,10 +98,8 @@ void Form2::setFileSystem(std::unique_ptr<PickerFileSystem> fileSystem) {
 }
 
 void Form2::adjustGUIforDPI(bool reduced) {
-    for (QWidget* control : {static_cast<QWidget*>(ui->Label1), static_cast<QWidget*>(ui->Label2),
-                             static_cast<QWidget*>(ui->Label3), static_cast<QWidget*>(ui->Drive1),
-                             static_cast<QWidget*>(ui->Dir1), static_cast<QWidget*>(ui->File1),
-                             static_cast<QWidget*>(ui->Text1)})
+    for (QWidget* control : std::initializer_list<QWidget*>{
+             ui->Label1, ui->Label2, ui->Label3, ui->Drive1, ui->Dir1, ui->File1, ui->Text1})
         setPointSize(control, reduced ? 6 : 8);
     for (QWidget* button : {ui->Command1, ui->Command2, ui->Command3, ui->Command4})
         setPointSize(button, reduced ? 8 : 10);

@@ -20,7 +20,8 @@ struct Prompter;
 // status line reads "Loading...". Cancel, Esc and the close box send cancelRequested():
 // the picker cannot return without a target. Failures of the lists show only on the
 // status line ("Drive access error", "Folder access error", "File access error").
-// The window is created once and only hidden; the lists are first filled by showPicker().
+// The window is created once and only hidden (hide(), not close(): closing it is the
+// user's cancel); the lists are first filled by showPicker().
 class Form2 : public QWidget, private PathEntryLists {
     Q_OBJECT
 public:
