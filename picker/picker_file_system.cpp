@@ -5,7 +5,6 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <ranges>
 
 namespace fs = std::filesystem;
 
@@ -13,12 +12,13 @@ namespace {
 
 // Names in the order a reader expects: letters without regard to case, then byte order.
 bool listedBefore(const std::string& a, const std::string& b) {
-    auto lower = [](unsigned char c) { return std::tolower(c); };
-    auto ac = a | std::views::transform(lower);
-    auto bc = b | std::views::transform(lower);
-    if (std::ranges::lexicographical_compare(ac, bc))
+    auto lowerLess = [](unsigned char x, unsigned char y) {
+        return std::tolower(x) < std::tolower(y);
+    };
+    if (std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), lowerLess))
         return true;
-    return std::ranges::equal(ac, bc) && a < b;
+    return !std::lexicographical_compare(b.begin(), b.end(), a.begin(), a.end(), lowerLess) &&
+           a < b;
 }
 
 void sortNames(std::vector<std::string>& names) {
