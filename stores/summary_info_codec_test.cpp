@@ -328,7 +328,8 @@ TEST(SummaryInfoCodecTest, CommentsUseTheSetsCodePageWhenTheTextFits) {
          "1E 00 00 00 0C 00 00 00 47 00 72 00 FC 00 DF 00 A9 03 00 00"},
         {"Shift-JIS", 932, "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E",
          "1E 00 00 00 08 00 00 00 93 FA 96 7B 8C EA 00 00"},
-        {"UTF-8", 65001, "\xCE\xA9", "1E 00 00 00 04 00 00 00 CE A9 00 00"},
+        {"UTF-8, even for text that fits Windows-1252", 65001, "\xC3\xA9",
+         "1E 00 00 00 04 00 00 00 C3 A9 00 00"},
         {"page unknown to iconv", 4711, "\xC3\xA9", "1E 00 00 00 04 00 00 00 E9 00 00 00"},
     };
     for (const Row& row : rows) {
