@@ -47,6 +47,10 @@ std::string blanks(const std::string& text) {
     return kBlanks + text;
 }
 
+std::string sample(const std::string& name) {
+    return readFileBytes(std::string(VESKOR_SOURCE_DIR) + "/stores/testdata/" + name);
+}
+
 TEST(FolderIndexTest, WritesTheShortOrTheQuotedFormAndReadsItBack) {
     struct Case {
         const char* name;
@@ -226,6 +230,20 @@ TEST(FolderIndexTest, ReadsEveryEntryOfTheTarget) {
     IndexFolder accented;
     accented.writeIndex("\xC3\xA9t\xC3\xA9.txt      Text\r\n");
     EXPECT_EQ(accented.read("\xC3\x89T\xC3\x89.TXT"), "Text\r\n");
+}
+
+TEST(FolderIndexTest, ReadsAndRewritesAnIndexOfAnotherProgram) {
+    IndexFolder folder({"readme.txt", "tool.zip"});
+    folder.writeIndex(sample("00_index_catalogue.txt"));
+    EXPECT_EQ(folder.read("README.TXT"), "About this folder\r\nSecond line\r\n");
+    EXPECT_EQ(folder.read("release notes 2.txt"), "Changes since 1.0\r\n");
+    EXPECT_EQ(folder.read("tool.zip"), "The tool, zipped (caf\xC3\xA9)\r\n");
+
+    ASSERT_EQ(folder.save("readme.txt", "New"), WriteResult::Ok);
+    EXPECT_EQ(folder.index(),
+              "readme.txt   New\r\n"
+              "tool.zip     The tool, zipped (caf\xE9)\r\n"
+              "old.zip      Withdrawn\r\n");
 }
 
 TEST(FolderIndexTest, ReadsNothingWithoutAnIndexFile) {
