@@ -1,0 +1,115 @@
+#include "core/target.h"
+
+#include "core/paths.h"
+#include "platform/code_page.h"
+#include "platform/environment.h"
+#include "platform/line_reader.h"
+#include "platform/lookup.h"
+
+namespace {
+
+constexpr std::size_t kMaxPathCharacters = 243;
+constexpr std::string_view kExportSuffix = ".DESCRIPTION";
+
+std::string withoutEnclosingQuotes(std::string_view text) {
+    // One quote at each end, each on its own: a path quoted at one end only loses
+    // that quote and nothing else.
+    if (text.starts_with('"'))
+        text.remove_prefix(1);
+    if (text.ends_with('"'))
+        text.remove_suffix(1);
+    return std::string(text);
+}
+
+bool beginsWithIgnoringCase(std::string_view text, std::string_view prefix) {
+    return upperCase(text).starts_with(upperCase(prefix));
+}
+
+// The number of bytes that the ".DESCRIPTION" suffix takes at the end of the path, in
+// any letter case; 0 when the path does not end in it.
+std::size_t exportSuffixBytes(std::string_view path) {
+    std::size_t count = characterCount(path);
+    if (count < kExportSuffix.size())
+        return 0;
+    std::string_view tail = charactersFrom(path, count - kExportSuffix.size());
+    return upperCase(tail) == kExportSuffix ? tail.size() : 0;
+}
+
+TargetResult refuse(Prompter& prompter, std::string_view text) {
+    showError(prompter, text);
+    return TargetResult::EndProgram;
+}
+
+// The exported file of a target that is gone, each line followed by CR LF.
+std::string readExportedFile(const std::string& path) {
+    std::string text;
+    LineReader reader(path);
+    std::string line;
+    while (reader.next(line))
+        text += decodeFileText(line) + "\r\n";
+    return text;
+}
+
+}  // namespace
+
+std::string argumentText(int argc, const char* const* argv) {
+    std::string text;
+    for (int i = 1; i < argc; ++i) {
+        if (i > 1)
+            text += ' ';
+        text += argv[i];
+    }
+    return text;
+}
+
+TargetResult resolveTarget(std::string_view argumentText, SharedState& state, Prompter& prompter) {
+    std::string path = withoutEnclosingQuotes(argumentText);
+    if (!path.starts_with('/'))
+        path = currentFolder() + path;
+    return acceptTarget(lexicallyNormal(path), state, prompter);
+}
+
+TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompter) {
+    // A line break in the name would split every line-based store's entry in two.
+    if (path.find_first_of("\r\n") != std::string::npos)
+        return refuse(prompter,
+                      "You cannot create descriptions for files or folders whose name contains "
+                      "a line break.");
+    if (characterCount(path) > kMaxPathCharacters)
+        return refuse(prompter,
+                      "Error: Target file/folder full pathname exceeds 243 characters.  "
+                      "Aborting...\r\nTarget: " +
+                          path);
+    if (lastComponent(path).empty())
+        return refuse(prompter, "You cannot create descriptions for the root folder.");
+    if (beginsWithIgnoringCase(path, state.data.failsafeDBpath))
+        return refuse(prompter, "Don't do that.");
+
+    // Opening an exported description file edits the description of its owner.
+    path.resize(path.size() - exportSuffixBytes(path));
+    state.target.targetFile = std::string(lastComponent(path));
+    state.target.targetFileFullPathname = std::move(path);
+    return TargetResult::Accepted;
+}
+
+ExistenceResult checkTargetExists(SharedState& state, Prompter& prompter,
+                                  std::string& readingText) {
+    const std::string& path = state.target.targetFileFullPathname;
+    EntryKind kind = lookupEntry(path).kind;
+    if (kind == EntryKind::Error) {
+        showError(prompter, "You cannot create descriptions for the root folder or for a share.");
+        return ExistenceResult::EndProgram;
+    }
+    if (kind == EntryKind::Missing) {
+        showError(prompter, "Error: file not found.\r\n\"" + path + "\"");
+        std::string exported = path + ".description";
+        if (!fileExists(exported))
+            return ExistenceResult::EndProgram;
+        readingText = readExportedFile(exported);
+        return ExistenceResult::ReadingState;
+    }
+    state.target.indexFilePath = std::string(folderOf(path));
+    state.target.indexFile = state.target.indexFilePath + "00_index.txt";
+    state.targetFileDesc.clear();
+    return ExistenceResult::Exists;
+}
