@@ -61,7 +61,7 @@ public:
     void setUpdateEnabled(bool enabled) override { m_updateEnabled = enabled; }
     bool updateBold() const override { return m_updateBold; }
     void setUpdateBold(bool bold) override { m_updateBold = bold; }
-    void setUpdateCaption(std::string_view caption) override { updateCaption = caption; }
+    void setUpdateCaption(std::string_view newCaption) override { updateCaption = newCaption; }
     void setCancelEnabled(bool enabled) override { cancelEnabled = enabled; }
     void setHelpEnabled(bool enabled) override { helpEnabled = enabled; }
     void setOptionsEnabled(bool enabled) override { optionsEnabled = enabled; }
