@@ -1,15 +1,15 @@
 #pragma once
 
-#include <cstdio>
+#include <iostream>
 
 #include "core/prompter.h"
 
-// Prompts for a program without a display: every message goes to standard error as
+// Prompts for a program without a display: every message goes to the error stream as
 // "title: text", and every question is answered No unless the prompter was told to
 // answer Yes. Input boxes are always cancelled.
 class StderrPrompter : public Prompter {
 public:
-    explicit StderrPrompter(bool answerYes = false, std::FILE* out = stderr)
+    explicit StderrPrompter(bool answerYes = false, std::ostream& out = std::cerr)
         : m_answerYes(answerYes), m_out(out) {}
     Answer message(std::string_view text, std::string_view title, Buttons buttons,
                    Icon icon) override;
@@ -18,5 +18,8 @@ public:
 
 private:
     bool m_answerYes;
-    std::FILE* m_out;
+    std::ostream& m_out;
 };
+
+// Text with CR LF line breaks as a terminal shows it: LF only.
+std::string withUnixBreaks(std::string_view text);

@@ -104,6 +104,13 @@ std::optional<std::string> convert(std::string_view in, const std::string& from,
     return out;
 }
 
+// Bytes of the character at `pos`: a whole UTF-8 sequence, or one stray byte.
+std::size_t characterLength(std::string_view utf8, std::size_t pos) {
+    char32_t code = 0;
+    std::size_t len = utf8Sequence(utf8, pos, code);
+    return len == 0 ? 1 : len;
+}
+
 locale_t utf8Locale() {
     static locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     return locale;
@@ -129,21 +136,15 @@ std::string decodeFileText(std::string_view bytes) {
 
 std::size_t characterCount(std::string_view utf8) {
     std::size_t count = 0;
-    for (std::size_t pos = 0; pos < utf8.size(); ++count) {
-        char32_t code = 0;
-        std::size_t len = utf8Sequence(utf8, pos, code);
-        pos += len == 0 ? 1 : len;
-    }
+    for (std::size_t pos = 0; pos < utf8.size(); ++count)
+        pos += characterLength(utf8, pos);
     return count;
 }
 
 std::string_view firstCharacters(std::string_view utf8, std::size_t count) {
     std::size_t pos = 0;
-    for (std::size_t n = 0; n < count && pos < utf8.size(); ++n) {
-        char32_t code = 0;
-        std::size_t len = utf8Sequence(utf8, pos, code);
-        pos += len == 0 ? 1 : len;
-    }
+    for (std::size_t n = 0; n < count && pos < utf8.size(); ++n)
+        pos += characterLength(utf8, pos);
     return utf8.substr(0, pos);
 }
 

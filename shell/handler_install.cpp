@@ -1,0 +1,153 @@
+#include "shell/handler_install.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "platform/atomic_file.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+
+namespace {
+
+constexpr std::string_view kEntryName = "veskor-edit-description.desktop";
+constexpr std::string_view kScriptName = "Edit description";
+constexpr std::string_view kProgramName = "veskor";
+
+struct IntegrationFile {
+    std::string_view folder;
+    std::string_view name;
+    bool executable;  // KDE and Nautilus run only executable files from user folders
+    std::string (*content)(const std::string& program);
+};
+
+std::string desktopEntry(const std::string& program) {
+    return "[Desktop Entry]\n"
+           "Type=Application\n"
+           "Version=1.0\n"
+           "Name=Edit description\n"
+           "GenericName=Description editor\n"
+           "Comment=Attach a free-text description to a file or folder\n"
+           "Icon=accessories-text-editor\n"
+           "Exec=" +
+           execArgument(program) +
+           " %f\n"
+           "Terminal=false\n"
+           // Hidden from the application menus, offered by file managers only.
+           "NoDisplay=true\n"
+           // Every file type is a kind of application/octet-stream.
+           "MimeType=application/octet-stream;inode/directory;\n"
+           "Categories=Utility;\n";
+}
+
+std::string serviceMenu(const std::string& program) {
+    return "[Desktop Entry]\n"
+           "Type=Service\n"
+           "X-KDE-ServiceTypes=KonqPopupMenu/Plugin\n"
+           "MimeType=all/all;\n"
+           "Actions=editDescription;\n"
+           "\n"
+           "[Desktop Action editDescription]\n"
+           "Name=Edit description\n"
+           "Icon=accessories-text-editor\n"
+           "Exec=" +
+           execArgument(program) + " %f\n";
+}
+
+// The shell's single quotes keep every character but the quote itself.
+std::string shellQuoted(std::string_view text) {
+    std::string out = "'";
+    for (char c : text)
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
+std::string nautilusScript(const std::string& program) {
+    return "#!/bin/sh\n"
+           "# Opens the selected file or folder in Veskor.\n"
+           "exec " +
+           shellQuoted(program) + " \"$@\"\n";
+}
+
+constexpr IntegrationFile kFiles[] = {
+    {"/applications/", kEntryName, false, desktopEntry},
+    {"/kio/servicemenus/", kEntryName, true, serviceMenu},
+    {"/nautilus/scripts/", kScriptName, true, nautilusScript},
+};
+
+std::error_code writeIntegrationFile(const std::string& dataHome, const IntegrationFile& file,
+                                     const std::string& program) {
+    const std::string folder = dataHome + std::string(file.folder);
+    const std::string path = folder + std::string(file.name);
+    if (auto ec = createFolders(folder, 0700))
+        return ec;
+    if (auto ec = replaceFileAtomically(path, file.content(program)))
+        return ec;
+    if (file.executable && ::chmod(path.c_str(), 0755) != 0)
+        return std::error_code(errno, std::generic_category());
+    return {};
+}
+
+}  // namespace
+
+std::string execArgument(std::string_view argument) {
+    std::string quoted = "\"";
+    for (char c : argument) {
+        if (c == '"' || c == '`' || c == '$' || c == '\\')
+            quoted += '\\';
+        quoted += c;
+    }
+    quoted += '"';
+    // The value's own escapes apply before the quoting is read, and "%" starts a
+    // field code: both must be doubled.
+    std::string value;
+    for (char c : quoted) {
+        if (c == '\\' || c == '%')
+            value += c;
+        value += c;
+    }
+    return value;
+}
+
+std::error_code installDesktopIntegration(const std::string& dataHome, const std::string& program) {
+    // Without a home there is no per-user folder, and "" would mean the root folder.
+    if (dataHome.empty())
+        return std::make_error_code(std::errc::no_such_file_or_directory);
+    std::error_code first;
+    for (const IntegrationFile& file : kFiles) {
+        std::error_code ec = writeIntegrationFile(dataHome, file, program);
+        if (!first)
+            first = ec;
+    }
+    return first;
+}
+
+void removeDesktopIntegration(const std::string& dataHome) {
+    if (dataHome.empty())
+        return;
+    for (const IntegrationFile& file : kFiles)
+        static_cast<void>(removeFile(dataHome + std::string(file.folder) + std::string(file.name)));
+}
+
+void installHandler(Prompter& prompter, const std::string& appPath) {
+    if (ask(prompter,
+            "Doing this will add the ability to view and modify file comments using file "
+            "manager.  Continue?",
+            Buttons::YesNoCancel) != Answer::Yes)
+        return;
+    // As with any registration, the outcome is not reported: "Done." follows regardless.
+    static_cast<void>(
+        installDesktopIntegration(appDataFolder(), appPath + std::string(kProgramName)));
+    prompter.message("Done.", kProgramTitle, Buttons::Ok, Icon::None);
+}
+
+// The files are removed whichever program they point at.
+void uninstallHandler(Prompter& prompter, const std::string& /*appPath*/) {
+    if (ask(prompter,
+            "Doing this will remove the ability to view and modify file comments using file "
+            "manager.  Continue?",
+            Buttons::YesNoCancel) != Answer::Yes)
+        return;
+    removeDesktopIntegration(appDataFolder());
+    prompter.message("Done.", kProgramTitle, Buttons::Ok, Icon::None);
+}

@@ -1,0 +1,194 @@
+#include "stores/folder_index.h"
+
+#include <string_view>
+#include <system_error>
+
+#include "platform/atomic_file.h"
+#include "platform/code_page.h"
+#include "platform/files.h"
+#include "platform/line_reader.h"
+#include "platform/lookup.h"
+
+namespace {
+
+constexpr std::string_view kCrLf = "\r\n";
+constexpr std::size_t kTextColumn = 13;  // description text starts after 13 characters
+constexpr std::string_view kIndent = "             ";
+static_assert(kIndent.size() == kTextColumn);
+constexpr std::size_t kShortNameColumns = 12;
+constexpr std::string_view kOlderIndexName = "Index_00.txt";
+constexpr std::string_view kUpdateFailed =
+    "Error: Problem while updating '00_index.txt' file.\r\n"
+    "(You can disable '00_index.txt' creation in Options.)";
+
+bool isContinuation(std::string_view line) {
+    return line.starts_with(kIndent);
+}
+
+bool isQuoted(std::string_view text) {
+    return !text.empty() && text.front() == '"' && text.back() == '"';
+}
+
+std::string_view trimBlanks(std::string_view text) {
+    std::size_t first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::string_view shortFormName(std::string_view head) {
+    return trimBlanks(firstCharacters(head, kShortNameColumns));
+}
+
+// The item a head line stands for; "" for a quote alone or an empty line.
+std::string_view itemName(std::string_view head) {
+    if (!isQuoted(head))
+        return shortFormName(head);
+    return head.size() < 2 ? std::string_view() : head.substr(1, head.size() - 2);
+}
+
+// The target's name as head lines are matched against it: letter case ignored.
+class IndexName {
+public:
+    explicit IndexName(std::string_view name) : m_upper(upperCase(name)) {}
+
+    bool matchesQuoted(std::string_view head) const {
+        return isQuoted(head) && head.size() >= 2 &&
+               upperCase(head.substr(1, head.size() - 2)) == m_upper;
+    }
+    bool matchesShort(std::string_view head) const {
+        return upperCase(shortFormName(head)) == m_upper;
+    }
+    bool matches(std::string_view head) const { return matchesQuoted(head) || matchesShort(head); }
+
+private:
+    std::string m_upper;
+};
+
+void appendTextLine(std::string_view bytes, std::string& text) {
+    text += decodeFileText(bytes);
+    text += kCrLf;
+}
+
+// Appends the text of the continuation lines that follow. False when the file ended;
+// otherwise `line` holds the first line after them.
+bool appendContinuations(LineReader& reader, std::string& line, std::string& text) {
+    while (reader.next(line)) {
+        if (!isContinuation(line))
+            return true;
+        appendTextLine(std::string_view(line).substr(kTextColumn), text);
+    }
+    return false;
+}
+
+bool usesShortForm(std::string_view name) {
+    return characterCount(name) < kTextColumn && name.find(' ') == std::string_view::npos;
+}
+
+std::string entryText(std::string_view name, std::string_view description) {
+    std::string text;
+    if (usesShortForm(name)) {
+        text = name;
+        text.append(kTextColumn - characterCount(name), ' ');
+    } else {
+        text = '"' + std::string(name) + '"' + std::string(kCrLf) + std::string(kIndent);
+    }
+    for (std::size_t pos = 0;;) {
+        std::size_t end = description.find(kCrLf, pos);
+        text += description.substr(pos, end - pos);
+        if (end == std::string_view::npos)
+            return text;
+        text += std::string(kCrLf) + std::string(kIndent);
+        pos = end + kCrLf.size();
+    }
+}
+
+// Whether a head line and its continuation lines leave the index: the target's own
+// old entries, and entries of items gone from the folder unless the head is the
+// file's last line.
+bool dropsEntry(std::string_view headBytes, const IndexName& name, const std::string& folder,
+                LineReader& reader) {
+    std::string head = decodeFileText(headBytes);
+    if (name.matches(head))
+        return true;
+    std::string_view item = itemName(head);
+    return !item.empty() && !reader.atEnd() && !fileOrFolderExists(folder + std::string(item));
+}
+
+// Copies the old index's lines that stay, as they were; true when any was copied.
+bool copyKeptLines(const TargetPaths& target, AtomicFile& out, std::error_code& ec) {
+    LineReader reader(target.indexFile);
+    IndexName name(target.targetFile);
+    bool dropping = false, copied = false;
+    std::string line;
+    while (reader.next(line)) {
+        if (!isContinuation(line))
+            dropping = dropsEntry(line, name, target.indexFilePath, reader);
+        if (dropping || line.empty())
+            continue;
+        out.writeLine(line);
+        copied = true;
+    }
+    ec = reader.error();
+    return copied;
+}
+
+std::error_code rewriteIndex(const SharedState& state) {
+    const TargetPaths& target = state.target;
+    AtomicFile out(target.indexFile);
+    std::error_code ec = out.open();
+    bool written = false;
+    if (!ec && state.removeTargetFileDescFlag != 1) {
+        out.writeLine(entryText(target.targetFile, state.targetFileDesc));
+        written = true;
+    }
+    if (!ec && fileExists(target.indexFile))
+        written = copyKeptLines(target, out, ec) || written;
+    if (!ec)
+        ec = out.commit();
+    if (ec) {
+        out.discard();
+        return ec;
+    }
+    // An index without entries is not kept.
+    return written ? std::error_code() : removeFile(target.indexFile);
+}
+
+}  // namespace
+
+std::string read00IndexFile(const TargetPaths& target) {
+    if (!fileExists(target.indexFile))
+        return "";
+    LineReader reader(target.indexFile);
+    IndexName name(target.targetFile);
+    std::string text, line;
+    while (reader.next(line)) {
+        std::string head = decodeFileText(line);
+        if (name.matchesQuoted(head)) {
+            if (!appendContinuations(reader, line, text))
+                break;
+            head = decodeFileText(line);
+        }
+        // The line that ends a quoted entry may start a short one; the line that
+        // ends a short entry is not looked at again.
+        if (name.matchesShort(head)) {
+            text += charactersFrom(head, kTextColumn);
+            text += kCrLf;
+            if (!appendContinuations(reader, line, text))
+                break;
+        }
+    }
+    return reader.error() ? "" : text;
+}
+
+WriteResult update00IndexFile(const SharedState& state, Prompter& prompter) {
+    // The older name is adopted only when it cannot overwrite an index.
+    std::string olderIndex = state.target.indexFilePath + std::string(kOlderIndexName);
+    if (fileExists(olderIndex))
+        (void)renameNoReplace(olderIndex, state.target.indexFile);
+    if (rewriteIndex(state)) {
+        showError(prompter, kUpdateFailed);
+        return WriteResult::Error;
+    }
+    return WriteResult::Ok;
+}

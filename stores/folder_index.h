@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+#include "core/prompter.h"
+#include "core/shared_state.h"
+
+// The folder index "00_index.txt": one entry per item of a folder, in the column
+// layout that FTP clients and cataloguing tools read. An entry is a head line and
+// the continuation lines after it; continuation lines begin with 13 blanks and
+// description text starts in column 14 (columns count characters, not bytes).
+//
+//     notes.txt    First line            a name under 13 characters, no blank
+//                  Second
+//     "My File.txt"                      any other name, quoted, alone on its line
+//                  First line
+//                  Second
+//
+// Head lines match a name whatever its letter case. Lines are written with CR LF;
+// lines of other items are copied through as the bytes they were.
+
+// The target's description gathered from all its entries in the index of its folder,
+// each line followed by CR LF. Empty when there is no index, no entry, or the index
+// cannot be read.
+[[nodiscard]] std::string read00IndexFile(const TargetPaths& target);
+
+// Rewrites the index of the target's folder through "00_index.txt.tmp" with the
+// target's entry first (none while removeTargetFileDescFlag is 1), followed by the
+// old lines minus the target's old entries, the entries of items that no longer
+// exist (a last line is never dropped for that) and empty lines. An index left empty
+// is deleted. An older "Index_00.txt" is first renamed to "00_index.txt" unless that
+// exists already. On failure shows the index's error message and returns Error; the
+// old index is then left as it was and the temporary file is removed.
+[[nodiscard]] WriteResult update00IndexFile(const SharedState& state, Prompter& prompter);

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+class QNetworkAccessManager;
+class QNetworkReply;
+
+// Downloads one URL at a time into memory without blocking the GUI thread, and reports
+// through signals, delivered on the GUI thread by the event loop: DownloadProgress as
+// bytes arrive, then exactly one of DownloadComplete or DownloadFailed. A new
+// DownloadStart cancels the running download, which then reports nothing more.
+//
+// A download may bring at most kMaxBytes and take at most 30 seconds; beyond either
+// it is stopped and ends in DownloadFailed. HTTP error statuses fail too.
+//
+// The data keeps the previous download's bytes until the new one reports progress.
+class NetGrab : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr int kMaxBytes = 64 * 1024;
+    // Mode that fetches from the server even when a cached copy exists.
+    static constexpr int kModeAlwaysFromNetwork = 16;
+    // ErrNum of DownloadFailed for a download stopped by the size or time cap.
+    static constexpr int kErrTooLarge = 1001;
+    static constexpr int kErrTooSlow = 1002;
+
+    explicit NetGrab(QObject* parent = nullptr);
+
+    // Stores the URL (even an empty one, which starts nothing), cancels a running
+    // download and starts reading the URL. Never fails towards the caller.
+    void DownloadStart(const QString& URL, int Mode = 0);
+    // Stops the running download, if any, without any report; the instance is idle.
+    void DownloadCancel();
+    // Writes the data, exactly, to `FileName`, replacing any file there. False when
+    // there is no data (the file is left alone) or when writing failed.
+    bool SaveAs(const QString& FileName);
+
+    bool Busy() const { return m_reply != nullptr; }
+    QByteArray Bytes() const { return m_data; }
+    QString URL() const { return m_url; }
+    // Milliseconds that the last finished download took; 0 while one is running.
+    int Duration() const { return m_duration; }
+
+    // Shortens the 30-second cap (for tests, which cannot wait that long).
+    void setTimeLimit(int milliseconds) { m_timeLimit = milliseconds; }
+
+signals:
+    void DownloadComplete(int nBytes);
+    void DownloadFailed(int ErrNum, const QString& ErrDesc);
+    void DownloadProgress(int nBytes);
+
+private:
+    bool readArrivedBytes();
+    void takeArrivedBytes();
+    void finishDownload();
+    void stopWithFailure(int errNum, const QString& errDesc);
+    void dropReply();
+
+    QNetworkAccessManager* m_network;
+    QNetworkReply* m_reply = nullptr;
+    QTimer m_deadline;
+    int m_timeLimit = 30000;
+    QString m_url;
+    QElapsedTimer m_clock;
+    QByteArray m_incoming;
+    QByteArray m_data;
+    int m_duration = 0;
+};

@@ -1,0 +1,125 @@
+#include "update/net_grab.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QSignalSpy>
+#include <functional>
+
+#include "tests/temp_dir.h"
+#include "update/test_http_server.h"
+
+namespace {
+
+// Runs the event loop until `done` holds; gives up after a generous while so that a
+// broken download fails the test instead of hanging it.
+bool waitUntil(const std::function<bool()>& done) {
+    QDeadlineTimer patience(10000);
+    while (!done() && !patience.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+    return done();
+}
+
+// A port on which nobody listens: taken from the system, then given back.
+QString refusingUrl() {
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return QStringLiteral("http://127.0.0.1:%1/page").arg(port);
+}
+
+class NetGrabTest : public ::testing::Test {
+protected:
+    // Waits for the download to end; true when it completed.
+    bool finishes() {
+        EXPECT_TRUE(waitUntil([&] { return complete.count() + failed.count() > 0; }));
+        return complete.count() == 1;
+    }
+
+    TestHttpServer server;
+    NetGrab grab;
+    QSignalSpy complete{&grab, &NetGrab::DownloadComplete};
+    QSignalSpy failed{&grab, &NetGrab::DownloadFailed};
+    QSignalSpy progress{&grab, &NetGrab::DownloadProgress};
+};
+
+TEST_F(NetGrabTest, CompletesWithThePageFetchedFromTheServer) {
+    server.route("/page", {"002.003.003\r\n"});
+
+    grab.DownloadStart(server.url("/page"), 16);
+    EXPECT_TRUE(grab.Busy());
+    ASSERT_TRUE(finishes());
+
+    EXPECT_EQ(complete.at(0).at(0).toInt(), 13);
+    EXPECT_EQ(grab.Bytes(), QByteArray("002.003.003\r\n"));
+    EXPECT_EQ(grab.URL(), server.url("/page"));
+    EXPECT_FALSE(grab.Busy());
+    EXPECT_GE(grab.Duration(), 0);
+    ASSERT_FALSE(progress.isEmpty());
+    EXPECT_EQ(progress.last().at(0).toInt(), 13);
+    EXPECT_TRUE(server.requests.value(0).contains("Cache-Control: no-cache"));
+}
+
+TEST_F(NetGrabTest, EndsInOneOutcomeForEachKindOfAnswer) {
+    server.route("/full", {QByteArray(64 * 1024, 'x')});
+    server.route("/over", {QByteArray(64 * 1024 + 1, 'x')});
+    server.route("/silent", {"", 200, true});
+    struct Case {
+        const char* name;
+        QString url;
+        int timeLimit;
+        bool completes;
+    } const kCases[] = {
+        {"exactly the cap", server.url("/full"), 30000, true},
+        {"one byte over the cap", server.url("/over"), 30000, false},
+        {"server never answers", server.url("/silent"), 200, false},
+        {"page missing", server.url("/missing"), 30000, false},
+        {"connection refused", refusingUrl(), 30000, false},
+    };
+    for (const auto& [name, url, timeLimit, completes] : kCases) {
+        SCOPED_TRACE(name);
+        complete.clear();
+        failed.clear();
+        grab.setTimeLimit(timeLimit);
+        grab.DownloadStart(url);
+        EXPECT_EQ(finishes(), completes);
+        EXPECT_EQ(complete.count() + failed.count(), 1);
+        EXPECT_FALSE(grab.Busy());
+    }
+}
+
+TEST_F(NetGrabTest, SecondStartCancelsTheRunningDownloadWithoutReportingIt) {
+    server.route("/first", {"", 200, true});
+    server.route("/second", {"second"});
+    grab.DownloadStart(server.url("/first"));
+    ASSERT_TRUE(waitUntil([&] { return server.requests.size() == 1; }));
+
+    grab.DownloadStart(server.url("/second"));
+    ASSERT_TRUE(finishes());
+    QCoreApplication::processEvents();
+
+    EXPECT_EQ(complete.count(), 1);
+    EXPECT_EQ(failed.count(), 0);
+    EXPECT_EQ(grab.Bytes(), QByteArray("second"));
+    EXPECT_EQ(grab.URL(), server.url("/second"));
+}
+
+TEST_F(NetGrabTest, SaveAsWritesExactlyTheDownloadedBytes) {
+    TempDir dir;
+    const std::string file = dir.write("page.html", "a longer file that was there before");
+    const QString fileName = QString::fromStdString(file);
+    EXPECT_FALSE(grab.SaveAs(fileName));
+    EXPECT_EQ(readFileBytes(file), "a longer file that was there before");
+
+    server.route("/page", {"short"});
+    grab.DownloadStart(server.url("/page"));
+    ASSERT_TRUE(finishes());
+
+    EXPECT_TRUE(grab.SaveAs(fileName));
+    EXPECT_EQ(readFileBytes(file), "short");
+    EXPECT_FALSE(grab.SaveAs(QString::fromStdString(dir.mkdir("folder"))));
+}
+
+}  // namespace
