@@ -34,6 +34,9 @@ Form4::Form4(SharedState& state, Prompter& prompter, QWidget* parent)
       m_state(state),
       m_prompter(prompter) {
     ui->setupUi(this);
+    QFont font(QStringLiteral("Arial"));
+    font.setPointSizeF(8.25);
+    setFont(font);
     setFixedSize(size());
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());

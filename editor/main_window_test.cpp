@@ -170,6 +170,26 @@ TEST_F(MainWindowTest, FontListsChangeOnlyTheDescriptionBox) {
     EXPECT_NE(control<QWidget>("Combo2")->font().pointSize(), 24);
 }
 
+TEST_F(MainWindowTest, DeleteIconAnsweredNoBringsTheTextBackStillModified) {
+    start(fileTarget());
+    form_.setText("worth keeping");
+    prompter_.answers = {Answer::No};
+    QTest::mouseClick(control<QWidget>("Image1"), Qt::LeftButton);
+    EXPECT_EQ(prompter_.texts(), std::vector<std::string>{"Delete existing description?"});
+    EXPECT_EQ(form_.text(), "worth keeping");
+    EXPECT_TRUE(form_.updateBold());
+    EXPECT_FALSE(control<QWidget>("Image1")->isHidden());
+    EXPECT_FALSE(form_.hasEnded());
+}
+
+TEST_F(MainWindowTest, OpenIconOpensTheTarget) {
+    const std::string target = fileTarget();
+    start(target);
+    ASSERT_TRUE(control<QWidget>("Image3")->isHidden());
+    QTest::mouseClick(control<QWidget>("Image4"), Qt::LeftButton);
+    EXPECT_EQ(opened_, std::vector<std::string>{target});
+}
+
 TEST_F(MainWindowTest, VersionLabelNamesTheProgramVersion) {
     start(fileTarget());
     EXPECT_TRUE(control<QLabel>("Label2")->text().startsWith(QStringLiteral("Version ")));
