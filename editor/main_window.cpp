@@ -56,36 +56,6 @@ int widgetPosition(const QString& widgetText, std::size_t programPosition) {
     return static_cast<int>(index);
 }
 
-void paint(QWidget* widget, const QColor& colour) {
-    QPalette palette = widget->palette();
-    palette.setColor(QPalette::Window, colour);
-    palette.setColor(QPalette::Base, colour);
-    palette.setColor(QPalette::Button, colour);
-    widget->setPalette(palette);
-    widget->setAutoFillBackground(true);
-}
-
-void setTextColour(QWidget* widget, const QColor& colour) {
-    QPalette palette = widget->palette();
-    palette.setColor(QPalette::WindowText, colour);
-    palette.setColor(QPalette::Text, colour);
-    widget->setPalette(palette);
-}
-
-void setDesignFont(QWidget* widget, qreal points, bool bold = false, bool italic = false) {
-    QFont font(QStringLiteral("Arial"));
-    font.setPointSizeF(points);
-    font.setBold(bold);
-    font.setItalic(italic);
-    widget->setFont(font);
-}
-
-void setPointSize(QWidget* widget, int points) {
-    QFont font = widget->font();
-    font.setPointSize(points);
-    widget->setFont(font);
-}
-
 QString versionLabel() {
     QString label = QStringLiteral("Version %1.%2").arg(version::kMajor).arg(version::kMinor);
     if (version::kRevision != 0)
@@ -140,42 +110,6 @@ void Form1::buildWindow() {
                     ui->Command1, ui->Command2, ui->Command4},
         .themeColour = [this] { return m_options->themeColour(); },
     });
-}
-
-// The look the window has before the settings are read: Arial throughout, the yellow
-// background, grey buttons, and the hand pointer over everything that can be clicked.
-void Form1::applyDesignLook() {
-    setDesignFont(this, 9.75);
-    setDesignFont(ui->Text1, 9.75, true);
-    setTextColour(ui->Text1, QColor(0, 0, 128));
-    setDesignFont(ui->Text2, 9.75);
-    for (QWidget* small : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                           static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Label6),
-                           static_cast<QWidget*>(ui->Label5)})
-        setDesignFont(small, 8.25);
-    setDesignFont(ui->Label3, 8.25, false, true);
-    setDesignFont(ui->Label2, 9, true);
-    setTextColour(ui->Label2, QColor(0x40, 0x40, 0x00));
-    setDesignFont(ui->Label4, 9.75, false, true);
-    setTextColour(ui->Label4, QColor(0, 128, 0));
-    const QColor yellow(255, 255, 128), grey(0xE0, 0xE0, 0xE0);
-    paint(this, yellow);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Label2), static_cast<QWidget*>(ui->Label3),
-                       static_cast<QWidget*>(ui->Label4), static_cast<QWidget*>(ui->Label5),
-                       static_cast<QWidget*>(ui->Label6), static_cast<QWidget*>(ui->Text1),
-                       static_cast<QWidget*>(ui->Text2)})
-        paint(w, yellow);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                       static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Command1),
-                       static_cast<QWidget*>(ui->Command2), static_cast<QWidget*>(ui->Command3),
-                       static_cast<QWidget*>(ui->Command4), static_cast<QWidget*>(ui->Command5)}) {
-        paint(w, grey);
-        w->setCursor(Qt::PointingHandCursor);
-    }
-    for (QWidget* w : {static_cast<QWidget*>(ui->Image1), static_cast<QWidget*>(ui->Image3),
-                       static_cast<QWidget*>(ui->Image4), static_cast<QWidget*>(ui->Image5),
-                       static_cast<QWidget*>(ui->Label4)})
-        w->setCursor(Qt::PointingHandCursor);
 }
 
 void Form1::connectControls() {
@@ -300,59 +234,6 @@ void Form1::setStartDailyUpdateCheck(std::function<void()> start) {
 
 void Form1::setAdjustPickerForDPI(std::function<void(bool)> adjust) {
     m_adjustPickerForDPI = std::move(adjust);
-}
-
-// ---------------------------------------------------------------- appearance
-
-void Form1::applyBackgroundColor() {
-    const QColor theme = m_options->themeColour();
-    const QColor shade(theme.red() - 10, theme.green() - 10, theme.blue() - 10);
-    QPalette palette = this->palette();
-    palette.setColor(QPalette::Window, theme);
-    setPalette(palette);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Label5), static_cast<QWidget*>(ui->Text2),
-                       static_cast<QWidget*>(ui->Label3), static_cast<QWidget*>(ui->Label6),
-                       static_cast<QWidget*>(ui->Text1), static_cast<QWidget*>(ui->Label2),
-                       static_cast<QWidget*>(ui->Label4)})
-        paint(w, theme);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                       static_cast<QWidget*>(ui->Command5), static_cast<QWidget*>(ui->Command3),
-                       static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Command1),
-                       static_cast<QWidget*>(ui->Command2), static_cast<QWidget*>(ui->Command4)})
-        paint(w, shade);
-}
-
-void Form1::adjustGUIforDPI() {
-    const bool reduced = isOn(m_state.options.optionsHighDPIGUIAdjust);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                       static_cast<QWidget*>(ui->Text2), static_cast<QWidget*>(ui->Label3),
-                       static_cast<QWidget*>(ui->Label6), static_cast<QWidget*>(ui->Check1),
-                       static_cast<QWidget*>(ui->Label2)})
-        setPointSize(w, reduced ? 6 : 8);
-    setPointSize(ui->Label5, reduced ? 8 : 10);
-    setPointSize(ui->Label4, reduced ? 6 : 11);
-    for (QWidget* w : {ui->Command1, ui->Command2, ui->Command3, ui->Command4})
-        setPointSize(w, reduced ? 8 : 10);
-    m_options->adjustGUIforDPI(reduced);
-    if (m_adjustPickerForDPI)
-        m_adjustPickerForDPI(reduced);
-}
-
-void Form1::Combo1_Click() {
-    if (ui->Combo1->currentIndex() < 0)
-        return;
-    QFont font = ui->Text1->font();
-    font.setFamily(ui->Combo1->currentText());
-    ui->Text1->setFont(font);
-}
-
-void Form1::Combo2_Click() {
-    const int points = ui->Combo2->currentText().trimmed().toInt();
-    if (points <= 0)
-        return;
-    QFont font = ui->Text1->font();
-    font.setPointSize(points);
-    ui->Text1->setFont(font);
 }
 
 // Form_Resize: the window keeps its size whatever the window manager asks.
