@@ -16,9 +16,13 @@
 #include "core/version.h"
 #include "editor/edit_commands.h"
 #include "editor/toolbar.h"
+#include "picker/picker_window.h"
 #include "platform/lookup.h"
 #include "platform/shell_open.h"
+#include "shell/handler_install.h"
 #include "ui_main_window.h"
+#include "update/net_grab.h"
+#include "update/update_check.h"
 
 // Resources of a static library must be pulled in by name.
 static void initEditorResources() {
@@ -98,6 +102,8 @@ void Form1::buildWindow() {
     ui->Image4->hide();
     ui->Image5->hide();
     ui->Label4->setText(toWidgetText(VESKOR_HOME_URL));
+    NetGrab1 = std::make_unique<NetGrab>();
+    m_updateCheck = std::make_unique<UpdateCheck>(*NetGrab1, *ui->Label5);
     Timer1 = new QTimer(this);
     Timer1->setObjectName(QStringLiteral("Timer1"));
     Timer1->setInterval(360);
@@ -128,6 +134,10 @@ void Form1::connectControls() {
     connect(m_options.get(), &Form4::exportOptionTaken, this, &Form1::setExportChecked);
     connect(m_options.get(), &Form4::backgroundColourTaken, this, &Form1::applyBackgroundColor);
     connect(m_options.get(), &Form4::fontSizeOptionTaken, this, &Form1::adjustGUIforDPI);
+    connect(m_options.get(), &Form4::installHandlerRequested, this,
+            [this] { installHandler(m_prompter, m_state.data.appPath); });
+    connect(m_options.get(), &Form4::uninstallHandlerRequested, this,
+            [this] { uninstallHandler(m_prompter, m_state.data.appPath); });
     // The window sees every key before the control that has the focus, and the
     // pictures and the link take clicks.
     for (QWidget* child : findChildren<QWidget*>())
@@ -146,17 +156,35 @@ void Form1::Form_Load(const StartupEnvironment& environment, const std::string& 
     finishStartup();
 }
 
-// Without a target on the command line the user picks one; the picker window is
-// wired in here and continues with finishStartup() once a target is accepted.
+// Without a target on the command line the user picks one. The wait is a state of
+// the event loop: start-up goes on in Form2_TargetChosen(), or the picker's Cancel
+// ends the program.
 void Form1::waitForPickedTarget() {
-    showError(m_prompter, "No target given.");
-    endProgram(1);
+    m_picker = std::make_unique<Form2>(m_state.data.appPath);
+    m_picker->setPrompter(&m_prompter);
+    connect(m_picker.get(), &Form2::targetChosen, this, &Form1::Form2_TargetChosen);
+    connect(m_picker.get(), &Form2::cancelRequested, this, [this] { endProgram(0); });
+    connect(m_picker.get(), &Form2::optionsRequested, this, &Form1::Command4_Click);
+    adjustGUIforDPI();
+    m_picker->showPicker();
+}
+
+// The picker's path is taken as it stands: no quotes to remove.
+void Form1::Form2_TargetChosen(const QString& fullPath) {
+    if (!m_state.target.targetFileFullPathname.empty())
+        return;
+    const QByteArray path = fullPath.toUtf8();
+    if (acceptTarget(path.toStdString(), m_state, m_prompter) == TargetResult::EndProgram)
+        return endProgram(1);
+    finishStartup();
 }
 
 void Form1::finishStartup() {
     applyBackgroundColor();
     show();
     adjustGUIforDPI();
+    if (m_picker)
+        m_picker->hide();
     std::string readingText;
     switch (checkTargetExists(m_state, m_prompter, readingText)) {
         case ExistenceResult::EndProgram:
@@ -167,8 +195,7 @@ void Form1::finishStartup() {
             break;
     }
     loadDescription(m_state, *this);
-    if (m_startDailyUpdateCheck)
-        m_startDailyUpdateCheck();
+    m_updateCheck->trigger(m_state.data.appDataPath);
     // Registering a property handler for the target's type has no counterpart here.
 }
 
@@ -186,6 +213,8 @@ void Form1::endProgram(int exitCode) {
     m_exitCode = exitCode;
     Timer1->stop();
     m_options->hide();
+    if (m_picker)
+        m_picker->hide();
     hide();
     emit programEnded(exitCode);
 }
@@ -224,16 +253,8 @@ void Form1::settingsReady(const SharedState& state) {
         setExportChecked(true);
 }
 
-QLabel* Form1::updateStatusLabel() {
-    return ui->Label5;
-}
-
-void Form1::setStartDailyUpdateCheck(std::function<void()> start) {
-    m_startDailyUpdateCheck = std::move(start);
-}
-
-void Form1::setAdjustPickerForDPI(std::function<void(bool)> adjust) {
-    m_adjustPickerForDPI = std::move(adjust);
+void Form1::setVersionUrl(const QString& url) {
+    m_updateCheck->setVersionUrl(url);
 }
 
 // Form_Resize: the window keeps its size whatever the window manager asks.

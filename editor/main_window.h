@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QWidget>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -10,10 +9,13 @@
 #include "core/shared_state.h"
 #include "core/startup.h"
 
+class Form2;
 class Form4;
+class NetGrab;
 class QLabel;
 class QTimer;
 class Toolbar;
+class UpdateCheck;
 
 namespace Ui {
 class Form1;
@@ -48,12 +50,10 @@ public:
     bool inReadingState() const { return m_readingState; }
 
     Form4& optionsDialog() { return *m_options; }
-    // The update-check status label, for the daily update check.
-    QLabel* updateStatusLabel();
-    // Started at the end of loading, when set.
-    void setStartDailyUpdateCheck(std::function<void()> start);
-    // Adjusts the picker's font sizes along with this window's (true: reduced sizes).
-    void setAdjustPickerForDPI(std::function<void(bool)> adjust);
+    // The picker, once start-up without a target has created it.
+    Form2* pickerWindow() { return m_picker.get(); }
+    // The page the daily update check reads (the maker's version page by default).
+    void setVersionUrl(const QString& url);
 
     void applyBackgroundColor();
     void adjustGUIforDPI();
@@ -102,6 +102,7 @@ private:
 
     // Start-up after the target is known; the picker continues here too.
     void waitForPickedTarget();
+    void Form2_TargetChosen(const QString& fullPath);
     void finishStartup();
     void enterReadingState(const std::string& text);
     void endProgram(int exitCode);
@@ -135,9 +136,10 @@ private:
     SharedState& m_state;
     Prompter& m_prompter;
     std::unique_ptr<Form4> m_options;
+    std::unique_ptr<Form2> m_picker;
     std::unique_ptr<Toolbar> m_toolbar;
-    std::function<void()> m_startDailyUpdateCheck;
-    std::function<void(bool)> m_adjustPickerForDPI;
+    std::unique_ptr<NetGrab> NetGrab1;
+    std::unique_ptr<UpdateCheck> m_updateCheck;
     bool m_readingState = false;
     bool m_ended = false;
     int m_exitCode = 0;

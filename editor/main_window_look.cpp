@@ -7,6 +7,7 @@
 
 #include "config/options_dialog.h"
 #include "editor/main_window.h"
+#include "picker/picker_window.h"
 #include "ui_main_window.h"
 
 namespace {
@@ -109,8 +110,8 @@ void Form1::adjustGUIforDPI() {
     for (QWidget* w : {ui->Command1, ui->Command2, ui->Command3, ui->Command4})
         setPointSize(w, reduced ? 8 : 10);
     m_options->adjustGUIforDPI(reduced);
-    if (m_adjustPickerForDPI)
-        m_adjustPickerForDPI(reduced);
+    if (m_picker)
+        m_picker->adjustGUIforDPI(reduced);
 }
 
 void Form1::Combo1_Click() {

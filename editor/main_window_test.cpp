@@ -5,12 +5,14 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
 
 #include "config/options_dialog.h"
 #include "editor/main_window_fixture.h"
+#include "picker/picker_window.h"
 
 namespace {
 
@@ -36,6 +38,34 @@ TEST_F(MainWindowTest, OpensWithTheToolbarHiddenAndTwoTogglesComeBackExactly) {
     QTest::mouseClick(bar, Qt::LeftButton);
     EXPECT_EQ(twips(control<QWidget>("Text1")), QRect(360, 1080, 8175, 3975));
     EXPECT_TRUE(control<QWidget>("Check1")->isHidden());
+}
+
+TEST_F(MainWindowTest, WithoutATargetThePickersChoiceIsLoaded) {
+    const std::string target = fileTarget();
+    start("");
+    Form2* picker = form_.pickerWindow();
+    ASSERT_NE(picker, nullptr);
+    EXPECT_TRUE(picker->isVisible());
+    EXPECT_FALSE(form_.isVisible());
+
+    auto* path = picker->findChild<QLineEdit*>(QStringLiteral("Text1"));
+    path->setText(QString::fromStdString(target));
+    QTest::keyClick(path, Qt::Key_Return);
+    EXPECT_FALSE(picker->isVisible());
+    EXPECT_TRUE(form_.isVisible());
+    EXPECT_FALSE(form_.hasEnded());
+    EXPECT_EQ(control<QLineEdit>("Text2")->text().toStdString(), target);
+    EXPECT_EQ(state_.target.indexFile, files_.path() + "00_index.txt");
+}
+
+TEST_F(MainWindowTest, CancellingThePickerEndsWithoutAWindow) {
+    start("");
+    QTest::keyClick(form_.pickerWindow(), Qt::Key_Escape);
+    EXPECT_TRUE(form_.hasEnded());
+    EXPECT_EQ(form_.exitCode(), 0);
+    EXPECT_FALSE(form_.isVisible());
+    EXPECT_FALSE(form_.pickerWindow()->isVisible());
+    EXPECT_TRUE(prompter_.shown.empty());
 }
 
 TEST_F(MainWindowTest, F10SavesWhileTheToolbarIsHidden) {
