@@ -138,7 +138,17 @@ public:
     }
 
     int set(const Call& call) {
-        std::string text = withCrLfBreaks(call.text ? *call.text : readInput(m_streams.in));
+        // Bytes that are not UTF-8 are read as every file of the program is, so each
+        // store keeps the same text.
+        std::string text =
+            withCrLfBreaks(decodeFileText(call.text ? *call.text : readInput(m_streams.in)));
+        // The metadata stream ends its text at the first NUL: refuse rather than keep
+        // a different text in each store.
+        if (text.find('\0') != std::string::npos) {
+            m_streams.err << "veskor-cli: the description holds a NUL byte, which the file's "
+                             "metadata cannot keep.\n";
+            return kUsage;
+        }
         if (std::size_t n = characterCount(text); n > kMaxDescriptionChars) {
             m_streams.err << "veskor-cli: the description has " << n
                           << " characters (line breaks count 2); at most 30000 fit.\n";

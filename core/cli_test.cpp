@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <fstream>
 #include <sstream>
 
@@ -111,6 +112,38 @@ TEST_F(CliTest, ListsWhatEachStoreHolds) {
     EXPECT_EQ(out_.str(), expected);
 }
 
+// Starts the real veskor-cli with `extraEnv` ("NAME=value") added to the environment.
+pid_t startCli(const std::vector<std::string>& args,
+               const std::vector<std::string>& extraEnv = {}) {
+    const std::string cli = std::string(VESKOR_BINARY_DIR) + "/veskor-cli";
+    std::vector<std::string> strings = {cli};
+    strings.insert(strings.end(), args.begin(), args.end());
+    std::vector<std::string> env = extraEnv;
+    for (char** e = environ; *e; ++e)
+        env.emplace_back(*e);
+    std::vector<char*> argv, envp;
+    for (auto& a : strings)
+        argv.push_back(a.data());
+    for (auto& e : env)
+        envp.push_back(e.data());
+    argv.push_back(nullptr);
+    envp.push_back(nullptr);
+    pid_t pid = 0;
+    if (posix_spawn(&pid, cli.c_str(), nullptr, nullptr, argv.data(), envp.data()) != 0)
+        ADD_FAILURE() << "cannot start " << cli;
+    return pid;
+}
+
+int waitFor(pid_t pid) {
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return status;
+}
+
+void putFile(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
 // Many running copies saving different targets at once must not lose a record.
 TEST(CliProcessTest, ConcurrentSavesKeepEveryRecord) {
     TempHome home;
@@ -129,22 +162,13 @@ TEST(CliProcessTest, ConcurrentSavesKeepEveryRecord) {
                            "ver1.7.dat'")
                               .c_str()),
               0);
-    const std::string cli = std::string(VESKOR_BINARY_DIR) + "/veskor-cli";
     std::vector<pid_t> children;
     for (int i = 0; i < 12; ++i) {
         std::string target = docs.write("new" + std::to_string(i), "x");
-        std::vector<std::string> args = {cli, "set", target, "text " + std::to_string(i)};
-        std::vector<char*> argv;
-        for (auto& a : args)
-            argv.push_back(a.data());
-        argv.push_back(nullptr);
-        pid_t pid = 0;
-        ASSERT_EQ(posix_spawn(&pid, cli.c_str(), nullptr, nullptr, argv.data(), environ), 0);
-        children.push_back(pid);
+        children.push_back(startCli({"set", target, "text " + std::to_string(i)}));
     }
     for (pid_t pid : children) {
-        int status = 0;
-        waitpid(pid, &status, 0);
+        int status = waitFor(pid);
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     }
     LineReader reader(folder + "ver1.7.dat");
@@ -153,6 +177,61 @@ TEST(CliProcessTest, ConcurrentSavesKeepEveryRecord) {
     while (reader.next(line))
         begins += line.rfind("Veskor failsafe DB 1.7 BEGIN ", 0) == 0;
     EXPECT_EQ(begins, 50012);
+}
+
+// A save killed right after any step that changes a file on disk leaves the failsafe
+// database and the index each byte for byte in its old or its new version: never a
+// part of one, never missing; and the next save still works.
+TEST(CliProcessTest, ASaveKilledAtAnyStepLeavesEachFileOldOrNew) {
+    TempHome home;
+    TempDir docs;
+    const std::string target = docs.write("plan.txt", "x");
+    docs.write("kept.txt", "x");
+    ASSERT_EQ(waitFor(startCli({"set", target, "old text"})), 0);  // settings, database, index
+    const std::string db = home.dataHome() + "/Kelvane/Veskor/failsafe db/ver1.7.dat";
+    const std::string index = docs / "00_index.txt";
+
+    // Large enough that each file is written in several pieces.
+    std::string oldDb = readFileBytes(db),
+                oldIndex = readFileBytes(index) + "kept.txt     body\r\n";
+    for (int i = 0; i < 4000; ++i) {
+        const std::string key = "/OTHER/FILE" + std::to_string(i);
+        oldDb += "Veskor failsafe DB 1.7 BEGIN " + key +
+                 "\r\nrecord\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
+        oldIndex += "             continued " + std::to_string(i) + "\r\n";
+    }
+    auto restoreOld = [&] {
+        putFile(db, oldDb);
+        putFile(index, oldIndex);
+    };
+    restoreOld();
+    ASSERT_EQ(waitFor(startCli({"set", target, "new text"})), 0);
+    const std::string newDb = readFileBytes(db), newIndex = readFileBytes(index);
+    ASSERT_NE(newDb, oldDb);
+    ASSERT_NE(newIndex, oldIndex);
+
+    int kills = 0;
+    bool sawNewDbWithOldIndex = false;
+    for (int step = 1; step < 100; ++step) {
+        SCOPED_TRACE("killed after step " + std::to_string(step));
+        restoreOld();
+        const int status =
+            waitFor(startCli({"set", target, "new text"},
+                             {"VESKOR_TEST_STOP_AFTER_WRITES=" + std::to_string(step)}));
+        const std::string dbNow = readFileBytes(db), indexNow = readFileBytes(index);
+        if (WIFEXITED(status)) {
+            EXPECT_EQ(WEXITSTATUS(status), 0);
+            EXPECT_TRUE(dbNow == newDb && indexNow == newIndex);
+            break;
+        }
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+        ++kills;
+        EXPECT_TRUE(dbNow == oldDb || dbNow == newDb) << dbNow.size() << " bytes";
+        EXPECT_TRUE(indexNow == oldIndex || indexNow == newIndex) << indexNow.size() << " bytes";
+        sawNewDbWithOldIndex = sawNewDbWithOldIndex || (dbNow == newDb && indexNow == oldIndex);
+    }
+    EXPECT_GE(kills, 12);
+    EXPECT_TRUE(sawNewDbWithOldIndex);
 }
 
 }  // namespace

@@ -5,13 +5,25 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 #include "platform/files.h"
 
 namespace {
 
 constexpr std::size_t kFlushAt = 1 << 16;
+
+// The crash test hook (see the header): counts down the steps left before the kill.
+void stepDone() {
+    static long stepsLeft = [] {
+        const char* value = std::getenv("VESKOR_TEST_STOP_AFTER_WRITES");
+        return value ? std::strtol(value, nullptr, 10) : 0L;
+    }();
+    if (stepsLeft > 0 && --stepsLeft == 0)
+        std::raise(SIGKILL);
+}
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
@@ -43,6 +55,7 @@ std::error_code AtomicFile::open() {
     m_fd = ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (m_fd < 0)
         return lastError();
+    stepDone();
     return {};
 }
 
@@ -69,6 +82,7 @@ void AtomicFile::flushBuffer() {
             m_error = lastError();
         else
             done += static_cast<std::size_t>(n);
+        stepDone();
     }
     m_buffer.clear();
 }
@@ -77,11 +91,13 @@ std::error_code AtomicFile::commit() {
     flushBuffer();
     if (!m_error && ::fsync(m_fd) != 0)
         m_error = lastError();
+    stepDone();
     if (m_fd >= 0 && ::close(m_fd) != 0 && !m_error)
         m_error = lastError();
     m_fd = -1;
     if (!m_error && ::rename(m_tempPath.c_str(), m_path.c_str()) != 0)
         m_error = lastError();
+    stepDone();
     if (!m_error)
         syncParentFolder(m_path);
     return m_error;

@@ -16,6 +16,12 @@
 // Writes are buffered; the first write error is remembered and returned by commit().
 // An object destroyed without commit() closes the temporary file and leaves it on
 // disk (discard() removes it).
+//
+// Test hook: with the environment variable VESKOR_TEST_STOP_AFTER_WRITES=n (n >= 1)
+// the process kills itself with SIGKILL right after the nth step that changes a file
+// on disk, counted over all AtomicFiles of the run: creating a temporary file, each
+// write() of it, its fsync and its rename. Tests use it to stop a save at every such
+// point; without the variable nothing is counted.
 class AtomicFile {
 public:
     explicit AtomicFile(std::string path);

@@ -1,5 +1,6 @@
 #include "stores/failsafe_db.h"
 
+#include <algorithm>
 #include <string_view>
 #include <system_error>
 
@@ -24,12 +25,19 @@ struct RecordMarkers {
     std::string key, begin, end;
 };
 
+bool isAscii(std::string_view bytes) {
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 // Lines are compared as bytes; a line written by a Windows program in its own code
-// page is decoded first, so its record is still found.
+// page is decoded first, so its record is still found. Decoding leaves ASCII as it
+// is, so only lines with other bytes need it: the scan of a large database stays a
+// comparison per line.
 bool isMarker(std::string_view line, std::string_view marker) {
     if (line == marker)
         return true;
-    return line.starts_with(kMarkerPrefix) && decodeFileText(line) == marker;
+    return line.starts_with(kMarkerPrefix) && !isAscii(line) && decodeFileText(line) == marker;
 }
 
 // Skips the lines of a record up to and including its end line, or to the file's end.

@@ -12,6 +12,7 @@
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
 #include "update/net_grab.h"
+#include "update/version_page.h"
 
 namespace {
 
@@ -31,20 +32,6 @@ std::string lastUpdateCheckDate(const std::string& checkFile) {
 void writeCheckFile(const std::string& checkFile, const std::string& today) {
     // A check file that cannot be written only means another check at the next start.
     static_cast<void>(replaceFileAtomically(checkFile, today + "\r\n"));
-}
-
-// Each number padded to three digits, so that the texts compare like the versions.
-std::string localVersionText() {
-    const QString text = QStringLiteral("%1.%2.%3")
-                             .arg(version::kMajor, 3, 10, QLatin1Char('0'))
-                             .arg(version::kMinor, 3, 10, QLatin1Char('0'))
-                             .arg(version::kRevision, 3, 10, QLatin1Char('0'));
-    return text.toStdString();
-}
-
-// What the page announces: its text up to the first line break or blank.
-std::string announcedVersion(std::string_view page) {
-    return std::string(page.substr(0, page.find_first_of("\r\n ")));
 }
 
 }  // namespace
@@ -74,10 +61,9 @@ void UpdateCheck::NetGrab1_DownloadComplete() {
     if (m_netGrab1.URL() != m_versionUrl)
         return;
     const QByteArray bytes = m_netGrab1.Bytes();
-    const std::string page = decodeFileText(std::string_view(bytes.constData(), bytes.size()));
-    // UTF-8 text compares byte by byte in the order of its character codes, and a
-    // text that another one starts with is the smaller.
-    if (announcedVersion(page) > localVersionText())
+    const std::string_view page(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    if (announcesNewerVersion(page, localVersionText(version::kMajor, version::kMinor,
+                                                     version::kRevision)))
         setLabel5(QStringLiteral("An updated version is\navailable for download!"), false, true);
     else
         setLabel5(QString(), false, m_label5.font().bold());

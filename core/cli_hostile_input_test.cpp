@@ -1,0 +1,225 @@
+// veskor-cli against input that no program of ours wrote: store files and settings
+// holding any bytes, descriptions that no store can take as they are, awkward target
+// names, and a target that disappears while it is being saved.
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "core/cli.h"
+#include "platform/code_page.h"
+#include "platform/lookup.h"
+#include "tests/temp_dir.h"
+
+extern char** environ;
+
+namespace {
+
+const std::string kTenMegabytes(10 << 20, 'x');
+
+class HostileInputTest : public ::testing::Test {
+protected:
+    HostileInputTest() { target_ = docs_.write("plan.txt", "content"); }
+
+    int run(std::vector<std::string> args, const std::string& input = "") {
+        std::istringstream in(input);
+        out_.str("");
+        err_.str("");
+        return runCli(args, program_.path(), {in, out_, err_});
+    }
+
+    std::string dataFolder() const { return home_.dataHome() + "/Kelvane/Veskor/"; }
+    std::string failsafeFile() const { return dataFolder() + "failsafe db/ver1.7.dat"; }
+    std::string index() const { return readFileBytes(docs_ / "00_index.txt"); }
+    std::string record(const std::string& text) const {
+        const std::string key = upperCase(target_);
+        return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + text +
+               "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
+    }
+    void putFile(const std::string& path, const std::string& bytes) {
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+    }
+
+    TempHome home_;
+    TempDir program_;
+    TempDir docs_;
+    std::string target_;
+    std::ostringstream out_, err_;
+};
+
+// Lines of other programs and other targets pass through a save as the bytes they
+// were; only a missing line end is added (and, in the index, the head lines of items
+// that do not exist are pruned unless last).
+TEST_F(HostileInputTest, ASaveKeepsForeignBytesInTheDatabaseAndTheIndex) {
+    struct Case {
+        const char* name;
+        std::string bytes, keptInDatabase, keptInIndex;
+    } const kCases[] = {
+        {"a 10 MB line without a line end", kTenMegabytes, kTenMegabytes + "\r\n",
+         kTenMegabytes + "\r\n"},
+        {"NUL bytes", std::string("a\0b\0", 4), std::string("a\0b\0\r\n", 6),
+         std::string("a\0b\0\r\n", 6)},
+        {"bytes that are not UTF-8", "\xC3\x28\xFF\xFE\r\n", "\xC3\x28\xFF\xFE\r\n",
+         "\xC3\x28\xFF\xFE\r\n"},
+        {"a lone CR and a lone LF", "one\rtwo\nthree", "one\r\ntwo\r\nthree\r\n", "three\r\n"},
+        {"a begin line of the target, last", "Veskor failsafe DB 1.7 BEGIN " + upperCase(target_),
+         "Veskor failsafe DB 1.7 BEGIN " + upperCase(target_) + "\r\n",
+         "Veskor failsafe DB 1.7 BEGIN " + upperCase(target_) + "\r\n"},
+    };
+    for (const auto& [name, bytes, keptInDatabase, keptInIndex] : kCases) {
+        SCOPED_TRACE(name);
+        putFile(failsafeFile(), bytes);
+        putFile(docs_ / "00_index.txt", bytes);
+        EXPECT_EQ(run({"stores", target_}), 0);
+        ASSERT_EQ(run({"set", target_, "new"}), 0) << err_.str();
+        EXPECT_TRUE(readFileBytes(failsafeFile()) == record("new") + keptInDatabase);
+        EXPECT_TRUE(index() == "plan.txt     new\r\n" + keptInIndex);
+    }
+}
+
+TEST_F(HostileInputTest, SettingsOfAnyBytesAreReadOrReplacedByTheDefaults) {
+    const std::string kDefaults =
+        "[Veskor 1.9]\r\nCreate00index=1\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=0\r\n"
+        "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=0\r\nBgColor=0\r\n";
+    struct Case {
+        const char* name;
+        std::string settings;
+        bool replaced, indexWritten;
+    } const kCases[] = {
+        {"no header, NUL and non-UTF-8 bytes", std::string("\0\xFF[Veskor 1.9]\0", 15), true, true},
+        {"a 10 MB line before the header", kTenMegabytes + "\n[Veskor 1.9]\nCreate00index=0", false,
+         false},
+        {"a 10 MB value before the setting",
+         "[Veskor 1.9]\rBgColor=" + kTenMegabytes + "\rCreate00index=0", false, false},
+        {"a NUL before the key", std::string("[Veskor 1.9]\r\n\0Create00index=0", 31), false, true},
+    };
+    for (const auto& [name, settings, replaced, indexWritten] : kCases) {
+        SCOPED_TRACE(name);
+        std::remove((docs_ / "00_index.txt").c_str());
+        putFile(dataFolder() + "config.dat", settings);
+        ASSERT_EQ(run({"set", target_, "text"}), 0) << err_.str();
+        EXPECT_EQ(err_.str(), "");
+        EXPECT_TRUE(readFileBytes(dataFolder() + "config.dat") ==
+                    (replaced ? kDefaults : settings));
+        EXPECT_EQ(fileExists(docs_ / "00_index.txt"), indexWritten);
+    }
+}
+
+TEST_F(HostileInputTest, ADescriptionIsStoredAlikeEverywhereOrRefused) {
+    struct Case {
+        const char* name;
+        std::string input;
+        int exitCode;
+        std::string message, readBack, stored;
+    } const kCases[] = {
+        {"10 MB without a line end", kTenMegabytes, 64,
+         "veskor-cli: the description has 10485760 characters (line breaks count 2); at most "
+         "30000 fit.\n",
+         "", ""},
+        {"a NUL byte", std::string("before\0after", 12), 64,
+         "veskor-cli: the description holds a NUL byte, which the file's metadata cannot keep.\n",
+         "", ""},
+        {"Windows-1252 bytes", "caf\xE9 \x80", 0, "", "caf\xC3\xA9 \xE2\x82\xAC",
+         "caf\xC3\xA9 \xE2\x82\xAC"},
+        {"lone CRs", "a\rb\r", 0, "", "a\nb", "a\r\nb"},
+    };
+    for (const auto& [name, input, exitCode, message, readBack, stored] : kCases) {
+        SCOPED_TRACE(name);
+        std::remove(failsafeFile().c_str());
+        EXPECT_EQ(run({"set", target_}, input), exitCode);
+        EXPECT_EQ(err_.str(), message);
+        EXPECT_EQ(fileExists(failsafeFile()), exitCode == 0);
+        if (exitCode != 0)
+            continue;
+        ASSERT_EQ(run({"get", target_}), 0);
+        EXPECT_EQ(out_.str(), readBack);
+        EXPECT_EQ(readFileBytes(failsafeFile()), record(stored));
+    }
+}
+
+TEST_F(HostileInputTest, AwkwardTargetNamesRoundTripOrAreRefused) {
+    struct Case {
+        const char* name;
+        std::string file;
+        int exitCode;
+        std::string message, indexHead;
+    } const kCases[] = {
+        {"blanks", "my plan.txt", 0, "", "\"my plan.txt\"\r\n             text\r\n"},
+        {"quotes inside", "say\"hi\".txt", 0, "", "say\"hi\".txt  text\r\n"},
+        {"12 characters in 14 bytes",
+         "r\xC3\xA9sum\xC3\xA9"
+         "12.txt",
+         0, "",
+         "r\xC3\xA9sum\xC3\xA9"
+         "12.txt text\r\n"},
+        {"a line break", "two\nlines", 2,
+         "Veskor: You cannot create descriptions for files or folders whose name contains a "
+         "line break.\n",
+         ""},
+        {"a quote at the end, taken off", "plan2\"", 2,
+         "Veskor: Error: file not found.\n\"" + (docs_ / "plan2") + "\"\n", ""},
+    };
+    for (const auto& [name, file, exitCode, message, indexHead] : kCases) {
+        SCOPED_TRACE(name);
+        std::remove((docs_ / "00_index.txt").c_str());
+        const std::string target = docs_.write(file, "x");
+        ASSERT_EQ(run({"set", target, "text"}), exitCode);
+        EXPECT_EQ(err_.str(), message);
+        EXPECT_EQ(index(), indexHead);
+        if (exitCode != 0)
+            continue;
+        ASSERT_EQ(run({"get", target}), 0);
+        EXPECT_EQ(out_.str(), "text");
+        EXPECT_NE(readFileBytes(failsafeFile()).find(upperCase(target)), std::string::npos);
+    }
+}
+
+// The target vanishes after the save has checked it and before it reaches the file's
+// metadata: the text still ends up in the file stores, the exported file standing in
+// for the metadata.
+TEST(HostileInputProcessTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) {
+    TempHome home;
+    TempDir docs;
+    const std::string target = docs.write("plan.txt", "x");
+    const std::string folder = home.dataHome() + "/Kelvane/Veskor/failsafe db";
+    std::filesystem::create_directories(folder);
+    // Hold the database's lock, so that the save waits inside its first store.
+    const int lock = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+
+    std::string cli = std::string(VESKOR_BINARY_DIR) + "/veskor-cli", verb = "set",
+                text = "kept text", path = target;
+    char* argv[] = {cli.data(), verb.data(), path.data(), text.data(), nullptr};
+    pid_t pid = 0;
+    ASSERT_EQ(posix_spawn(&pid, cli.c_str(), nullptr, nullptr, argv, environ), 0);
+    // The save is past its existence check once it has the folder open for the lock.
+    const std::string fds = "/proc/" + std::to_string(pid) + "/fd";
+    bool waiting = false;
+    while (!waiting) {
+        std::error_code ec;
+        for (const auto& fd : std::filesystem::directory_iterator(fds, ec))
+            waiting = waiting || std::filesystem::read_symlink(fd.path(), ec) == folder;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    std::remove(target.c_str());
+    ::close(lock);
+
+    int status = 0;
+    waitpid(pid, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(readFileBytes(target + ".description"), "kept text\r\n");
+    EXPECT_NE(readFileBytes(folder + "/ver1.7.dat").find("\r\nkept text\r\n"), std::string::npos);
+    EXPECT_EQ(readFileBytes(docs / "00_index.txt"), "plan.txt     kept text\r\n");
+}
+
+}  // namespace
