@@ -2,7 +2,10 @@
 // event loop, and returns the exit code with which the window ended the program.
 #include <QApplication>
 #include <QDesktopServices>
+#include <QEvent>
+#include <QTimer>
 #include <QUrl>
+#include <cstdlib>
 
 #include "core/shared_state.h"
 #include "core/startup.h"
@@ -21,6 +24,17 @@ bool openWithDesktop(const std::string& pathOrUrl) {
     return QDesktopServices::openUrl(url);
 }
 
+// bench/run times the start-up to the first painted window: with
+// VESKOR_BENCH_QUIT_WHEN_SHOWN set, the program quits once the window has painted.
+class QuitWhenShown : public QObject {
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint)
+            QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(0); });
+        return QObject::eventFilter(watched, event);
+    }
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -37,5 +51,8 @@ int main(int argc, char** argv) {
     if (window.hasEnded())
         return window.exitCode();
     QObject::connect(&window, &Form1::programEnded, &app, &QCoreApplication::exit);
+    QuitWhenShown benchQuit;
+    if (std::getenv("VESKOR_BENCH_QUIT_WHEN_SHOWN"))
+        window.installEventFilter(&benchQuit);
     return app.exec();
 }
