@@ -1,5 +1,5 @@
-// The start-up's baseline: a bare Qt window holding COUNT plain widgets, which quits
-// as soon as it has painted its first frame.
+// The start-up's baseline: a bare Qt window of the editor's size holding COUNT plain
+// widgets, which quits as soon as it has painted its first frame.
 //   bare_window COUNT
 #include <QApplication>
 #include <QGridLayout>
@@ -31,6 +31,8 @@ int main(int argc, char** argv) {
                                 : new QLabel(QStringLiteral("Label"));
         layout->addWidget(widget, i / 8, i % 8);
     }
+    // The editor's client area, so that both programs paint the same number of pixels.
+    window.setFixedSize(575, 381);
     window.show();
     return app.exec();
 }

@@ -1,5 +1,7 @@
 #include "editor/toolbar.h"
 
+#include <QPixmap>
+
 #include <QAbstractButton>
 #include <QLabel>
 #include <QPalette>
@@ -96,6 +98,9 @@ void Toolbar::disableBanner() {
 }
 
 void Toolbar::showBanner() {
+    // The banner's picture is the largest one; it is read when first needed, not at start.
+    if (m_controls.banner->pixmap().isNull())
+        m_controls.banner->setPixmap(QPixmap(QStringLiteral(":/editor/images/banner.png"), "PNG"));
     m_controls.banner->show();
     m_controls.targetBox->hide();
     m_controls.banner->raise();

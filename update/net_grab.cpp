@@ -6,7 +6,7 @@
 #include <QSaveFile>
 #include <QUrl>
 
-NetGrab::NetGrab(QObject* parent) : QObject(parent), m_network(new QNetworkAccessManager(this)) {
+NetGrab::NetGrab(QObject* parent) : QObject(parent) {
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, [this] {
         stopWithFailure(kErrTooSlow,
@@ -30,6 +30,10 @@ void NetGrab::DownloadStart(const QString& URL, int Mode) {
         // Caches between us and the server must not answer either.
         request.setRawHeader("Cache-Control", "no-cache");
     }
+    // Made on the first download: most starts never download, and the network stack
+    // costs start-up time (threads, proxy lookup) that the user would wait for.
+    if (!m_network)
+        m_network = new QNetworkAccessManager(this);
     m_reply = m_network->get(request);
     connect(m_reply, &QNetworkReply::readyRead, this, &NetGrab::takeArrivedBytes);
     connect(m_reply, &QNetworkReply::finished, this, &NetGrab::finishDownload);

@@ -61,7 +61,7 @@ private:
     void stopWithFailure(int errNum, const QString& errDesc);
     void dropReply();
 
-    QNetworkAccessManager* m_network;
+    QNetworkAccessManager* m_network = nullptr;  // made by the first download
     QNetworkReply* m_reply = nullptr;
     QTimer m_deadline;
     int m_timeLimit = 30000;

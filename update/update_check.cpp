@@ -62,8 +62,8 @@ void UpdateCheck::NetGrab1_DownloadComplete() {
         return;
     const QByteArray bytes = m_netGrab1.Bytes();
     const std::string_view page(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    if (announcesNewerVersion(page, localVersionText(version::kMajor, version::kMinor,
-                                                     version::kRevision)))
+    if (announcesNewerVersion(
+            page, localVersionText(version::kMajor, version::kMinor, version::kRevision)))
         setLabel5(QStringLiteral("An updated version is\navailable for download!"), false, true);
     else
         setLabel5(QString(), false, m_label5.font().bold());
