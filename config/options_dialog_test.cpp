@@ -34,13 +34,6 @@ protected:
         QApplication::sendEvent(&dialog_, &activation);
     }
 
-    void chooseColour(const char* name) {
-        QComboBox* colours = control<QComboBox>("Combo3");
-        colours->setCurrentIndex(colours->findText(QString::fromLatin1(name)));
-    }
-
-    void click(const char* name) { QTest::mouseClick(control<QPushButton>(name), Qt::LeftButton); }
-
     TempDir dir_;
     SharedState state_;
     ScriptedPrompter prompter_;
@@ -54,16 +47,17 @@ TEST_F(OptionsDialogTest, OkStoresTheSettingsInConfigFileAndTicksTheExportBox) {
     control<QCheckBox>("Check4")->setChecked(true);
     control<QComboBox>("Combo1")->setCurrentIndex(2);
     control<QComboBox>("Combo2")->setCurrentIndex(5);
-    chooseColour("Red");
-    click("Command1");
+    auto* colours = control<QComboBox>("Combo3");
+    colours->setCurrentIndex(colours->findText(QStringLiteral("Red")));
+    EXPECT_EQ(dialog_.themeColour(), QColor(240, 64, 64));
+    QTest::mouseClick(control<QPushButton>("Command1"), Qt::LeftButton);
 
     EXPECT_EQ(readFileBytes(dir_ / "config.dat"),
               "[Veskor 1.9]\r\nCreate00index=0\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=2\r\n"
               "DefaultGUIFontSize=5\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=1\r\nBgColor=3\r\n");
     ASSERT_EQ(exportTaken.count(), 1);
-    EXPECT_EQ(exportTaken.at(0).at(0).toBool(), true);
+    EXPECT_TRUE(exportTaken.at(0).at(0).toBool());
     EXPECT_FALSE(dialog_.isVisible());
-    EXPECT_EQ(dialog_.windowTitle(), QStringLiteral("Veskor - Options"));
 }
 
 TEST_F(OptionsDialogTest, ASwitchOfTwoShowsClearedAndOkWritesZero) {
@@ -74,9 +68,11 @@ TEST_F(OptionsDialogTest, ASwitchOfTwoShowsClearedAndOkWritesZero) {
     EXPECT_EQ(state_.options.optionsCreateExpDescNonNTFS, 0);
 }
 
-TEST_F(OptionsDialogTest, ReactivationShowsTheStoredSettingsNotTheCancelledOnes) {
+TEST_F(OptionsDialogTest, EscAndCloseOnlyHideAndReactivationShowsTheStoredSettings) {
     QSignalSpy restarted(&dialog_, &Form4::flashTimerRestartRequested);
+    state_.options.optionsDefaultGUIFont = 12;  // out of range: the first font
     activate();
+    EXPECT_EQ(control<QComboBox>("Combo1")->currentText(), QStringLiteral("Arial"));
     control<QCheckBox>("Check3")->setChecked(true);
     control<QComboBox>("Combo1")->setCurrentIndex(6);
     QTest::keyClick(control<QComboBox>("Combo1"), Qt::Key_Escape);
@@ -85,35 +81,10 @@ TEST_F(OptionsDialogTest, ReactivationShowsTheStoredSettingsNotTheCancelledOnes)
 
     activate();
     EXPECT_FALSE(control<QCheckBox>("Check3")->isChecked());
-    EXPECT_EQ(control<QComboBox>("Combo1")->currentIndex(), 0);
-    EXPECT_EQ(readFileBytes(dir_ / "config.dat"), "");
-}
-
-TEST_F(OptionsDialogTest, ColourListPreviewsTheChosenColourAsTheTheme) {
-    const struct {
-        const char* name;
-        QColor expected;
-    } kCases[] = {{"Red", QColor(240, 64, 64)},
-                  {"White", QColor(247, 247, 247)},
-                  {"Blue", QColor(112, 160, 240)}};
-    for (const auto& [name, expected] : kCases) {
-        SCOPED_TRACE(name);
-        chooseColour(name);
-        EXPECT_EQ(dialog_.themeColour(), expected);
-    }
-}
-
-TEST_F(OptionsDialogTest, ClosingOnlyHidesTheDialog) {
-    activate();
+    EXPECT_EQ(control<QComboBox>("Combo1")->currentText(), QStringLiteral("Arial"));
     EXPECT_FALSE(dialog_.close());
     EXPECT_FALSE(dialog_.isVisible());
     EXPECT_EQ(readFileBytes(dir_ / "config.dat"), "");
-}
-
-TEST_F(OptionsDialogTest, AnOutOfRangeFontSettingSelectsTheFirstFont) {
-    state_.options.optionsDefaultGUIFont = 12;
-    activate();
-    EXPECT_EQ(control<QComboBox>("Combo1")->currentText(), QStringLiteral("Arial"));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QKeySequence>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QTest>
@@ -11,6 +12,8 @@
 #include "editor/main_window_fixture.h"
 
 namespace {
+
+using Texts = std::vector<std::string>;
 
 // The commands driven through the window's keys, on a loaded description.
 class EditCommandsTest : public MainWindowFixture {
@@ -20,88 +23,63 @@ protected:
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
         QTest::keyClick(box(), static_cast<Qt::Key>(key), modifiers);
     }
-    std::string selection() const {
-        return form_.findChild<QPlainTextEdit*>(QStringLiteral("Text1"))
-            ->textCursor()
-            .selectedText()
-            .toStdString();
-    }
+    std::string selection() { return box()->textCursor().selectedText().toStdString(); }
     std::string counter() { return control<QLabel>("Label3")->text().toStdString(); }
-    std::vector<std::string> titles() const {
-        std::vector<std::string> out;
-        for (const auto& shown : prompter_.shown)
-            out.push_back(shown.title);
-        return out;
-    }
 };
 
-TEST_F(EditCommandsTest, FindIgnoresLetterCaseAndStopsAtNo) {
-    form_.setText("abc ABC aBc abc");
-    prompter_.inputAnswers = {"abc"};
-    prompter_.answers = {Answer::Yes, Answer::Yes, Answer::No};
-    press(Qt::Key_F);
-    EXPECT_EQ(selection(), "aBc");
-    EXPECT_EQ(prompter_.texts(), std::vector<std::string>(3, "Continue searching?"));
-    EXPECT_EQ(prompter_.inputs[0].title, "Find - Veskor");
-}
-
-TEST_F(EditCommandsTest, FindKeysStartFindWhateverShiftDoes) {
-    const struct {
-        const char* name;
-        int key;
-        Qt::KeyboardModifiers modifiers;
-    } kCases[] = {{"Ctrl+Shift+F", Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier},
-                  {"Shift+F3", Qt::Key_F3, Qt::ShiftModifier},
-                  {"F3", Qt::Key_F3, Qt::NoModifier}};
-    for (const auto& [name, key, modifiers] : kCases) {
-        SCOPED_TRACE(name);
-        prompter_.inputs.clear();
-        press(key, modifiers);
-        ASSERT_EQ(prompter_.inputs.size(), 1u);
-        EXPECT_EQ(prompter_.inputs[0].prompt, "Enter search string:");
-    }
-}
-
-TEST_F(EditCommandsTest, FindProposesTheSelectionAndSaysDoneAfterTheLastMatch) {
-    form_.setText("one line\r\nsecond line");
+TEST_F(EditCommandsTest, FindIgnoresCaseProposesTheSelectionAndSaysDoneAfterTheLastMatch) {
+    form_.setText("one line\r\nsecond LiNe");
     form_.selectText(4, 4);
     prompter_.inputAnswers = {"LINE"};
     prompter_.answers = {Answer::Yes, Answer::Yes};
     press(Qt::Key_F);
     EXPECT_EQ(prompter_.inputs[0].proposed, "line");
-    EXPECT_EQ(prompter_.texts(),
-              (std::vector<std::string>{"Continue searching?", "Continue searching?", "Done."}));
-    EXPECT_EQ(selection(), "line");
+    EXPECT_EQ(prompter_.inputs[0].title, "Find - Veskor");
+    EXPECT_EQ(prompter_.texts(), (Texts{"Continue searching?", "Continue searching?", "Done."}));
+    EXPECT_EQ(selection(), "LiNe");
 }
 
-TEST_F(EditCommandsTest, ReplacingAByAaInAaaGivesSixLetters) {
-    form_.setText("aaa");
-    prompter_.inputAnswers = {"a", "aa"};
-    prompter_.answers = {Answer::Yes, Answer::Yes, Answer::Yes};
-    press(Qt::Key_H);
-    EXPECT_EQ(form_.text(), "aaaaaa");
-    EXPECT_EQ(prompter_.texts().back(), "Done.");
-    EXPECT_EQ(titles().back(), "Replace - Veskor");
-    EXPECT_EQ(prompter_.inputs[1].prompt, "Enter replacement string:");
+TEST_F(EditCommandsTest, FindKeysStartFindWhateverShiftDoes) {
+    for (QKeyCombination keys :
+         {Qt::CTRL | Qt::SHIFT | Qt::Key_F, Qt::SHIFT | Qt::Key_F3, QKeyCombination(Qt::Key_F3)}) {
+        SCOPED_TRACE(QKeySequence(keys).toString().toStdString());
+        prompter_.inputs.clear();
+        press(keys.key(), keys.keyboardModifiers());
+        ASSERT_EQ(prompter_.inputs.size(), 1u);
+        EXPECT_EQ(prompter_.inputs[0].prompt, "Enter search string:");
+    }
 }
 
-TEST_F(EditCommandsTest, CancelAtAMatchKeepsEarlierReplacementsWithoutDone) {
-    form_.setText("a b a\r\na");
-    prompter_.inputAnswers = {"A", "x"};
-    prompter_.answers = {Answer::Yes, Answer::No, Answer::Cancel};
-    press(Qt::Key_H);
-    EXPECT_EQ(form_.text(), "x b a\r\na");
-    EXPECT_EQ(prompter_.texts(),
-              std::vector<std::string>(3, "Replace? (Warning: cannot be undone)"));
-}
-
-TEST_F(EditCommandsTest, EmptyReplacementRemovesEveryMatchOnceAgreed) {
-    form_.setText("a-b-c");
-    prompter_.inputAnswers = {"-", ""};
-    prompter_.answers = {Answer::Yes, Answer::Yes, Answer::Yes};
-    press(Qt::Key_H);
-    EXPECT_EQ(form_.text(), "abc");
-    EXPECT_EQ(prompter_.texts().front(), "Remove specified search string(s)?");
+TEST_F(EditCommandsTest, ReplaceAsksAtEachMatchAndSaysDoneOnlyAtTheEnd) {
+    const std::string ask = "Replace? (Warning: cannot be undone)";
+    const std::string remove = "Remove specified search string(s)?";
+    const struct {
+        const char* name;
+        std::string text, find, replacement;
+        const char* answers;  // Y, N or C at each question
+        std::string result;
+        Texts texts;
+    } kCases[] = {
+        {"a by aa in aaa", "aaa", "a", "aa", "YYY", "aaaaaa", {ask, ask, ask, "Done."}},
+        {"Cancel keeps earlier ones", "a b a\r\na", "A", "x", "YNC", "x b a\r\na", {ask, ask, ask}},
+        {"empty replacement", "a-b-c", "-", "", "YYY", "abc", {remove, ask, ask, "Done."}},
+    };
+    for (const auto& [name, text, find, replacement, answers, result, texts] : kCases) {
+        SCOPED_TRACE(name);
+        prompter_.shown.clear();
+        prompter_.inputs.clear();
+        form_.setText(text);
+        prompter_.inputAnswers = {find, replacement};
+        for (const char* letter = answers; *letter; ++letter)
+            prompter_.answers.push_back(*letter == 'Y'   ? Answer::Yes
+                                        : *letter == 'N' ? Answer::No
+                                                         : Answer::Cancel);
+        press(Qt::Key_H);
+        EXPECT_EQ(form_.text(), result);
+        EXPECT_EQ(prompter_.texts(), texts);
+        EXPECT_EQ(prompter_.shown.back().title, "Replace - Veskor");
+        EXPECT_EQ(prompter_.inputs.at(1).prompt, "Enter replacement string:");
+    }
 }
 
 TEST_F(EditCommandsTest, CounterCountsBreaksAsTwoCharacters) {
@@ -129,12 +107,6 @@ TEST_F(EditCommandsTest, TypingBeyondTheLimitIsCut) {
     EXPECT_EQ(form_.text(), std::string(30000, 'x'));
 }
 
-TEST_F(EditCommandsTest, EditingMarksTheUpdateButtonBold) {
-    EXPECT_FALSE(form_.updateBold());
-    QTest::keyClicks(box(), QStringLiteral("x"));
-    EXPECT_TRUE(form_.updateBold());
-}
-
 TEST_F(EditCommandsTest, CtrlKeyLeavesTheBoxReadOnlyUntilAPlainKey) {
     press(Qt::Key_A);
     EXPECT_TRUE(box()->isReadOnly());
@@ -142,29 +114,30 @@ TEST_F(EditCommandsTest, CtrlKeyLeavesTheBoxReadOnlyUntilAPlainKey) {
     EXPECT_FALSE(box()->isReadOnly());
 }
 
-TEST_F(EditCommandsTest, CopyWithoutSelectionLeavesTheClipboard) {
-    QGuiApplication::clipboard()->setText(QStringLiteral("kept"));
-    form_.setText("text");
-    press(Qt::Key_C);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("kept"));
-    form_.selectText(1, 2);
-    press(Qt::Key_C);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("ex"));
-}
-
-TEST_F(EditCommandsTest, PasteWithAnEmptyClipboardDeletesTheSelection) {
-    QGuiApplication::clipboard()->clear();
-    form_.setText("keep this");
-    form_.selectText(4, 5);
-    press(Qt::Key_V);
-    EXPECT_EQ(form_.text(), "keep");
-}
-
-TEST_F(EditCommandsTest, PasteTakesLineBreaksIntoTheBox) {
-    QGuiApplication::clipboard()->setText(QStringLiteral("one\ntwo"));
-    form_.setText("");
-    press(Qt::Key_V);
-    EXPECT_EQ(form_.text(), "one\r\ntwo");
+TEST_F(EditCommandsTest, ClipboardKeysKeepTheBoxsLineBreaks) {
+    const struct {
+        const char* name;
+        const char* clipboard;  // nullptr: empty
+        int selected;           // from the second character
+        int key;
+        std::string text;
+        QString clipboardAfter;
+    } kCases[] = {
+        {"copy without a selection", "kept", 0, Qt::Key_C, "keep this", QStringLiteral("kept")},
+        {"copy", "kept", 2, Qt::Key_C, "keep this", QStringLiteral("ee")},
+        {"paste of nothing deletes", nullptr, 8, Qt::Key_V, "k", QString()},
+        {"paste takes line breaks", "one\ntwo", 8, Qt::Key_V, "kone\r\ntwo",
+         QStringLiteral("one\ntwo")},
+    };
+    for (const auto& [name, clipboard, selected, key, text, clipboardAfter] : kCases) {
+        SCOPED_TRACE(name);
+        QGuiApplication::clipboard()->setText(QString::fromLatin1(clipboard));
+        form_.setText("keep this");
+        form_.selectText(1, static_cast<std::size_t>(selected));
+        press(key);
+        EXPECT_EQ(form_.text(), text);
+        EXPECT_EQ(QGuiApplication::clipboard()->text(), clipboardAfter);
+    }
 }
 
 }  // namespace

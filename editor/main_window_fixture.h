@@ -31,6 +31,8 @@ public:
         form_.Form_Load({program_.path(), home_.dataHome()}, target);
     }
     std::string fileTarget() { return files_.write("Plan.txt", "the plan"); }
+    // What was saved in the folder's index file; "" when nothing was.
+    std::string savedIndex() const { return readFileBytes(files_ / "00_index.txt"); }
     std::string configFile() const { return home_.dataHome() + "/Kelvane/Veskor/config.dat"; }
     void writeSettings(const std::string& bytes) {
         std::error_code ignored;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -9,125 +10,103 @@ using namespace registrationScripts;
 
 namespace {
 
-std::string crlfLines(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines)
-        text += line + "\r\n";
-    return text;
-}
-
-// Line `number` (1-based) of CR LF text, without its end; "" past the end.
-std::string lineOf(const std::string& text, int number) {
+// The lines of a text whose every line ends in CR LF; a stray CR or LF stays inside its
+// line, where the comparison finds it.
+std::vector<std::string> crlfLines(const std::string& text) {
+    std::vector<std::string> lines;
     std::size_t start = 0;
-    for (int i = 1; i < number; ++i) {
-        start = text.find("\r\n", start);
-        if (start == std::string::npos)
-            return "";
-        start += 2;
-    }
-    return text.substr(start, text.find("\r\n", start) - start);
+    for (std::size_t end; (end = text.find("\r\n", start)) != std::string::npos; start = end + 2)
+        lines.push_back(text.substr(start, end - start));
+    EXPECT_EQ(start, text.size()) << "last line without CR LF";
+    return lines;
 }
 
-const std::string kFull =
-    "\"FullDetails\"=\"prop:System.PropGroup.Description;System.Title;System.Subject;"
-    "System.Keywords;System.Category;System.Comment;System.Rating;System.PropGroup.Origin;"
-    "System.Author;System.Document.RevisionNumber\"";
-const std::string kPreview =
-    "\"PreviewDetails\"=\"prop:System.Title;System.Subject;System.Keywords;System.Category;"
-    "System.Comment;System.Rating;System.Author;System.Document.RevisionNumber\"";
+const std::string kClsid64 = "{8F2C6D10-B4E7-4A93-A5D2-1C7E09F3B6A8}";
 
 }  // namespace
 
+// The lines that depend on the target and the program folder; the fixed values between
+// them only need to stay in place, which the line numbers of the keys check.
 TEST(RegistrationScriptsTest, RegistryScriptForAFileWithoutExtensionOn64BitWindows) {
-    const std::string clsid = "{8F2C6D10-B4E7-4A93-A5D2-1C7E09F3B6A8}";
+    const std::string hklm = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\",
+                      hkcr = "[HKEY_CLASSES_ROOT\\";
     const std::string server =
         "@=\"C:\\\\Program Files\\\\Tools\\\\MetadataPropertyHandler (x64).dll\"";
-    const std::vector<std::string> classValues = {
-        "@=\"Metadata Property Handler\"",        "\"DisableProcessIsolation\"=dword:00000001",
-        "\"ManualSafeSave\"=dword:00000001",      "\"EnableShareDenyWrite\"=dword:00000001",
-        "\"EnableShareDenyNone\"=dword:00000001",
-    };
-    std::vector<std::string> expected = {"Windows Registry Editor Version 5.00", ""};
-    auto add = [&](std::vector<std::string> lines) {
-        expected.insert(expected.end(), lines.begin(), lines.end());
-    };
-    for (std::string root : {"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\", "HKEY_CLASSES_ROOT\\"}) {
-        add({"[" + root + "CLSID\\" + clsid + "]"});
-        add(classValues);
-        add({"", "[" + root + "CLSID\\" + clsid + "\\InprocServer32]", server,
-             "\"ThreadingModel\"=\"Both\"", ""});
-    }
-    add(
-        {"[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\PropertySystem\\"
-         "PropertyHandlers\\Makefile]",
-         "@=\"" + clsid + "\"", ""});
-    for (std::string key :
-         {"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\SystemFileAssociations\\",
-          "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\", "HKEY_CLASSES_ROOT\\SystemFileAssociations\\",
-          "HKEY_CLASSES_ROOT\\", "HKEY_CURRENT_USER\\Software\\Classes\\"})
-        add({"[" + key + "Makefile]", kFull, kPreview, ""});
     const std::string fileExts =
         "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\FileExts\\"
         "Makefile";
-    add({fileExts + "]", "", fileExts + "\\OpenWithList]", "", fileExts + "\\OpenWithProgids]",
-         ""});
-    ASSERT_EQ(expected.size(), 53u);
+    const std::map<std::size_t, std::string> expected = {
+        {1, "Windows Registry Editor Version 5.00"},
+        {3, hklm + "CLSID\\" + kClsid64 + "]"},
+        {10, hklm + "CLSID\\" + kClsid64 + "\\InprocServer32]"},
+        {11, server},
+        {14, hkcr + "CLSID\\" + kClsid64 + "]"},
+        {21, hkcr + "CLSID\\" + kClsid64 + "\\InprocServer32]"},
+        {22, server},
+        {25,
+         "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\PropertySystem\\"
+         "PropertyHandlers\\Makefile]"},
+        {26, "@=\"" + kClsid64 + "\""},
+        {28, hklm + "SystemFileAssociations\\Makefile]"},
+        {32, hklm + "Makefile]"},
+        {36, hkcr + "SystemFileAssociations\\Makefile]"},
+        {40, hkcr + "Makefile]"},
+        {44, "[HKEY_CURRENT_USER\\Software\\Classes\\Makefile]"},
+        {48, fileExts + "]"},
+        {50, fileExts + "\\OpenWithList]"},
+        {52, fileExts + "\\OpenWithProgids]"},
+    };
 
-    EXPECT_EQ(registryScript("Makefile", "C:\\Program Files\\Tools\\", 1), crlfLines(expected));
+    const auto lines = crlfLines(registryScript("Makefile", "C:\\Program Files\\Tools\\", 1));
+    ASSERT_EQ(lines.size(), 53u);
+    for (const auto& [number, line] : expected)
+        EXPECT_EQ(lines[number - 1], line) << "line " << number;
+    EXPECT_EQ(lines[52], "");
 }
 
 TEST(RegistrationScriptsTest, RegistryScriptLinesDependOnHostAndExtension) {
-    struct Case {
+    const struct {
         const char* name;
         const char* targetFile;
         int host64Bit;
-        int line;
+        std::size_t line;
         std::string expected;
-    } const kCases[] = {
+    } kCases[] = {
         {"32-bit class key", "Plan.txt", 0, 3,
          "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{3B9E41C2-7A05-4D6F-9C18-E2A4F7B0D531}]"},
         {"32-bit library", "Plan.txt", 0, 22,
          "@=\"C:\\\\Tools\\\\MetadataPropertyHandler (x86).dll\""},
         {"any value but 1 is 32-bit", "Plan.txt", 2, 26,
          "@=\"{3B9E41C2-7A05-4D6F-9C18-E2A4F7B0D531}\""},
-        {"64-bit handler", "Plan.txt", 1, 26, "@=\"{8F2C6D10-B4E7-4A93-A5D2-1C7E09F3B6A8}\""},
         {"extension of the last dot", "archive.tar.gz", 1, 40, "[HKEY_CLASSES_ROOT\\.gz]"},
         {"dot file", ".bashrc", 1, 44, "[HKEY_CURRENT_USER\\Software\\Classes\\.bashrc]"},
     };
     for (const auto& [name, targetFile, host64Bit, line, expected] : kCases) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(lineOf(registryScript(targetFile, "C:\\Tools\\", host64Bit), line), expected);
+        EXPECT_EQ(crlfLines(registryScript(targetFile, "C:\\Tools\\", host64Bit)).at(line - 1),
+                  expected);
     }
 }
 
 TEST(RegistrationScriptsTest, BatchFileSelectsTheRegistryViewOn64BitWindows) {
+    const std::string data = "C:\\Users\\Ann\\AppData\\Roaming\\Kelvane\\Veskor\\";
     const std::string query =
         "\"REG.EXE\" QUERY \"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\"
         "PropertySystem\\PropertyHandlers\\.txt\"";
-    const std::string import =
-        "if errorlevel 1 \"REG.EXE\" IMPORT \"C:\\Users\\Ann\\AppData\\Roaming\\Kelvane\\Veskor\\"
-        "Veskor_reg.reg\"";
-    const std::string tail[] = {
-        "del \"C:\\Users\\Ann\\AppData\\Roaming\\Kelvane\\Veskor\\Veskor_reg.reg\"",
-        "del \"C:\\Users\\Ann\\AppData\\Roaming\\Kelvane\\Veskor\\Veskor_reg.bat\"",
-        "exit",
-    };
-    const std::string dataPath = "C:\\Users\\Ann\\AppData\\Roaming\\Kelvane\\Veskor\\";
-
-    EXPECT_EQ(registrationBatch("Plan.txt", dataPath, 1),
-              crlfLines({"@echo off", "cls", query + " /reg:64", import + " /reg:64", tail[0],
-                         tail[1], tail[2]}));
-    EXPECT_EQ(registrationBatch("Plan.txt", dataPath, 0),
-              crlfLines({"@echo off", "cls", query, import, tail[0], tail[1], tail[2]}));
+    const std::string import = "if errorlevel 1 \"REG.EXE\" IMPORT \"" + data + "Veskor_reg.reg\"";
+    for (const auto& [host64Bit, view] : {std::pair{1, " /reg:64"}, {0, ""}}) {
+        SCOPED_TRACE(host64Bit);
+        EXPECT_EQ(crlfLines(registrationBatch("Plan.txt", data, host64Bit)),
+                  (std::vector<std::string>{"@echo off", "cls", query + view, import + view,
+                                            "del \"" + data + "Veskor_reg.reg\"",
+                                            "del \"" + data + "Veskor_reg.bat\"", "exit"}));
+    }
 }
 
 TEST(RegistrationScriptsTest, RunScriptOpensFoldersInExplorerAndFilesDirectly) {
+    const std::string del = "del \"D:\\Veskor\\Veskor_run.bat\"\r\n";
     EXPECT_EQ(runScript(RunTarget::Folder, "C:\\Docs", "C:\\Windows", "D:\\Veskor\\"),
-              "@echo off\r\n"
-              "\"C:\\Windows\\explorer.exe \" \"C:\\Docs\"\r\n"
-              "del \"D:\\Veskor\\Veskor_run.bat\"\r\n");
+              "@echo off\r\n\"C:\\Windows\\explorer.exe \" \"C:\\Docs\"\r\n" + del);
     EXPECT_EQ(runScript(RunTarget::File, "C:\\Docs\\Plan.txt", "C:\\Windows", "D:\\Veskor\\"),
-              "@echo off\r\n"
-              "\"C:\\Docs\\Plan.txt\"\r\n"
-              "del \"D:\\Veskor\\Veskor_run.bat\"\r\n");
+              "@echo off\r\n\"C:\\Docs\\Plan.txt\"\r\n" + del);
 }

@@ -42,30 +42,31 @@ protected:
     NetGrab grab;
     QSignalSpy complete{&grab, &NetGrab::DownloadComplete};
     QSignalSpy failed{&grab, &NetGrab::DownloadFailed};
-    QSignalSpy progress{&grab, &NetGrab::DownloadProgress};
 };
 
-TEST_F(NetGrabTest, CompletesWithThePageFetchedFromTheServer) {
-    server.route("/page", {"002.003.003\r\n"});
+TEST_F(NetGrabTest, CompletesWithThePageAndSavesExactlyItsBytes) {
+    TempDir dir;
+    const std::string file = dir.write("page.html", "a longer file that was there before");
+    EXPECT_FALSE(grab.SaveAs(QString::fromStdString(file)));
+    EXPECT_EQ(readFileBytes(file), "a longer file that was there before");
 
+    server.route("/page", {"002.003.003\r\n"});
     grab.DownloadStart(server.url("/page"), 16);
     EXPECT_TRUE(grab.Busy());
     ASSERT_TRUE(finishes());
-
     EXPECT_EQ(complete.at(0).at(0).toInt(), 13);
     EXPECT_EQ(grab.Bytes(), QByteArray("002.003.003\r\n"));
-    EXPECT_EQ(grab.URL(), server.url("/page"));
     EXPECT_FALSE(grab.Busy());
-    EXPECT_GE(grab.Duration(), 0);
-    ASSERT_FALSE(progress.isEmpty());
-    EXPECT_EQ(progress.last().at(0).toInt(), 13);
     EXPECT_TRUE(server.requests.value(0).contains("Cache-Control: no-cache"));
+    EXPECT_TRUE(grab.SaveAs(QString::fromStdString(file)));
+    EXPECT_EQ(readFileBytes(file), "002.003.003\r\n");
+    EXPECT_FALSE(grab.SaveAs(QString::fromStdString(dir.mkdir("folder"))));
 }
 
 TEST_F(NetGrabTest, EndsInOneOutcomeForEachKindOfAnswer) {
     server.route("/full", {QByteArray(64 * 1024, 'x')});
     server.route("/over", {QByteArray(64 * 1024 + 1, 'x')});
-    server.route("/silent", {"", 200, true});
+    server.route("/silent", {"", true});
     struct Case {
         const char* name;
         QString url;
@@ -91,35 +92,17 @@ TEST_F(NetGrabTest, EndsInOneOutcomeForEachKindOfAnswer) {
 }
 
 TEST_F(NetGrabTest, SecondStartCancelsTheRunningDownloadWithoutReportingIt) {
-    server.route("/first", {"", 200, true});
+    server.route("/first", {"", true});
     server.route("/second", {"second"});
     grab.DownloadStart(server.url("/first"));
     ASSERT_TRUE(waitUntil([&] { return server.requests.size() == 1; }));
-
     grab.DownloadStart(server.url("/second"));
     ASSERT_TRUE(finishes());
     QCoreApplication::processEvents();
-
     EXPECT_EQ(complete.count(), 1);
     EXPECT_EQ(failed.count(), 0);
     EXPECT_EQ(grab.Bytes(), QByteArray("second"));
     EXPECT_EQ(grab.URL(), server.url("/second"));
-}
-
-TEST_F(NetGrabTest, SaveAsWritesExactlyTheDownloadedBytes) {
-    TempDir dir;
-    const std::string file = dir.write("page.html", "a longer file that was there before");
-    const QString fileName = QString::fromStdString(file);
-    EXPECT_FALSE(grab.SaveAs(fileName));
-    EXPECT_EQ(readFileBytes(file), "a longer file that was there before");
-
-    server.route("/page", {"short"});
-    grab.DownloadStart(server.url("/page"));
-    ASSERT_TRUE(finishes());
-
-    EXPECT_TRUE(grab.SaveAs(fileName));
-    EXPECT_EQ(readFileBytes(file), "short");
-    EXPECT_FALSE(grab.SaveAs(QString::fromStdString(dir.mkdir("folder"))));
 }
 
 }  // namespace

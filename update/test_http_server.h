@@ -9,38 +9,33 @@
 #include <QTcpSocket>
 
 // A tiny HTTP server on 127.0.0.1 for the download tests: it runs in the test's own
-// event loop on a free port, answers each path from a table, and records the request
-// heads it saw. Paths not in the table get 404.
+// event loop on a free port, answers each path from a table (404 for the rest), and
+// records the request heads it saw, in order.
 class TestHttpServer {
 public:
     struct Response {
         QByteArray body;
-        int status = 200;
         bool hang = false;  // never answer, keep the connection open
     };
 
     TestHttpServer() {
         m_server.listen(QHostAddress::LocalHost, 0);
-        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] { accept(); });
+        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
+            while (QTcpSocket* socket = m_server.nextPendingConnection())
+                QObject::connect(socket, &QTcpSocket::readyRead, socket,
+                                 [this, socket] { receive(socket); });
+        });
     }
 
     void route(const QByteArray& path, Response response) { m_routes[path] = response; }
-
     QString url(const char* path) const {
         return QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort()) +
                QString::fromLatin1(path);
     }
 
-    // The request heads received, in order.
     QList<QByteArray> requests;
 
 private:
-    void accept() {
-        while (QTcpSocket* socket = m_server.nextPendingConnection())
-            QObject::connect(socket, &QTcpSocket::readyRead, socket,
-                             [this, socket] { receive(socket); });
-    }
-
     void receive(QTcpSocket* socket) {
         QByteArray& head = m_heads[socket];
         head += socket->readAll();
@@ -48,13 +43,13 @@ private:
             return;
         requests.append(head);
         const QByteArray path = head.split(' ').value(1);
-        const Response response = m_routes.value(path, Response{"", 404, false});
-        if (response.hang)
+        if (m_routes.value(path).hang)
             return;
-        socket->write("HTTP/1.1 " + QByteArray::number(response.status) +
-                      " X\r\nContent-Type: text/html\r\nContent-Length: " +
-                      QByteArray::number(response.body.size()) + "\r\nConnection: close\r\n\r\n" +
-                      response.body);
+        const bool found = m_routes.contains(path);
+        const QByteArray body = m_routes.value(path).body;
+        socket->write(QByteArray(found ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found") +
+                      "\r\nContent-Type: text/html\r\nContent-Length: " +
+                      QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
         socket->disconnectFromHost();
     }
 
