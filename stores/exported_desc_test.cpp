@@ -13,23 +13,19 @@ namespace {
 
 class ExportedDescTest : public ::testing::Test {
 protected:
-    std::string target() const { return dir_ / "plan.doc"; }
-    std::string exported() const { return dir_ / "plan.doc.description"; }
-
-    WriteResult save(const std::string& desc, bool exportChecked, int removeFlag = 0) {
+    WriteResult save(const std::string& desc, bool exportChecked, int removeFlag = 0,
+                     const std::string& target = "plan.doc") {
         SharedState state;
-        state.target.targetFileFullPathname = target();
+        state.target.targetFileFullPathname = dir_ / target;
         state.targetFileDesc = desc;
         state.removeTargetFileDescFlag = removeFlag;
         return updateExpDesc(state, exportChecked, prompter_);
     }
-
-    void expectFailureShown() {
-        ASSERT_EQ(prompter_.shown.size(), 1u);
-        EXPECT_EQ(prompter_.shown[0].text,
-                  "Error: Problem while updating exported description file.");
-        EXPECT_EQ(prompter_.shown[0].title, "Veskor");
-        EXPECT_EQ(prompter_.shown[0].icon, Icon::Critical);
+    std::string read() const { return readExpDesc(dir_ / "plan.doc"); }
+    // The exported file's bytes, or "(folder)" when a folder stands in its place.
+    std::string exported() const {
+        std::string path = dir_ / "plan.doc.description";
+        return std::filesystem::is_directory(path) ? "(folder)" : readFileBytes(path);
     }
 
     TempDir dir_;
@@ -38,21 +34,22 @@ protected:
 
 TEST_F(ExportedDescTest, WritesTheDescriptionFollowedByOneLineEnd) {
     ASSERT_EQ(save("abc", true), WriteResult::Ok);
-    EXPECT_EQ(readFileBytes(exported()), "abc\r\n");
-    EXPECT_EQ(readExpDesc(target()), "abc\r\n");
+    EXPECT_EQ(exported(), "abc\r\n");
+    EXPECT_EQ(read(), "abc\r\n");
+    ASSERT_EQ(save(read(), true), WriteResult::Ok);
+    EXPECT_EQ(exported(), "abc\r\n\r\n");
 
-    ASSERT_EQ(save(readExpDesc(target()), true), WriteResult::Ok);
-    EXPECT_EQ(readFileBytes(exported()), "abc\r\n\r\n");
+    dir_.mkdir("Old");
+    ASSERT_EQ(save("Archive", true, 0, "Old"), WriteResult::Ok);
+    EXPECT_EQ(readFileBytes(dir_ / "Old.description"), "Archive\r\n") << "beside the folder";
     EXPECT_TRUE(prompter_.shown.empty());
 }
 
 TEST_F(ExportedDescTest, ReadsEveryLineOrNothing) {
     struct Case {
         const char* name;
-        std::string bytes;
-        std::string expected;
-    };
-    const Case kCases[] = {
+        std::string bytes, expected;
+    } kCases[] = {
         {"empty file", "", ""},
         {"first line empty", "\r\nSecond\r\n", ""},
         {"first line empty after LF", "\nSecond", ""},
@@ -65,83 +62,54 @@ TEST_F(ExportedDescTest, ReadsEveryLineOrNothing) {
     for (const auto& [name, bytes, expected] : kCases) {
         SCOPED_TRACE(name);
         dir_.write("plan.doc.description", bytes);
-        EXPECT_EQ(readExpDesc(target()), expected);
+        EXPECT_EQ(read(), expected);
     }
-}
-
-TEST_F(ExportedDescTest, ReadsNothingWithoutARegularFile) {
-    EXPECT_EQ(readExpDesc(target()), "");
+    std::filesystem::remove(dir_ / "plan.doc.description");
+    EXPECT_EQ(read(), "");
     dir_.mkdir("plan.doc.description");
-    EXPECT_EQ(readExpDesc(target()), "");
+    EXPECT_EQ(read(), "");
 }
 
-TEST_F(ExportedDescTest, DeletingRemovesTheFileEvenWithTheBoxClear) {
+TEST_F(ExportedDescTest, DeletesEvenWithTheBoxClearAndLeavesTheFileWhenOnlyTheBoxIsClear) {
     dir_.write("plan.doc.description", "Old\r\n");
-    ASSERT_EQ(save("", false, 1), WriteResult::Ok);
-    EXPECT_FALSE(std::filesystem::exists(exported()));
-    ASSERT_EQ(save("", true, 1), WriteResult::Ok);  // nothing left to delete: no error
-    EXPECT_FALSE(std::filesystem::exists(exported()));
-    EXPECT_TRUE(prompter_.shown.empty());
-}
-
-TEST_F(ExportedDescTest, BoxClearLeavesAnExistingFileAsItIs) {
-    dir_.write("plan.doc.description", "Older text");
     ASSERT_EQ(save("Newer", false), WriteResult::Ok);
-    EXPECT_EQ(readFileBytes(exported()), "Older text");
-}
-
-TEST_F(ExportedDescTest, FolderTargetsFileLiesBesideTheFolder) {
-    SharedState state;
-    state.target.targetFileFullPathname = dir_.mkdir("Old");
-    state.targetFileDesc = "Archive";
-    ASSERT_EQ(updateExpDesc(state, true, prompter_), WriteResult::Ok);
-    EXPECT_EQ(readFileBytes(dir_ / "Old.description"), "Archive\r\n");
-    EXPECT_EQ(readExpDesc(dir_ / "Old"), "Archive\r\n");
+    EXPECT_EQ(exported(), "Old\r\n");
+    ASSERT_EQ(save("", false, 1), WriteResult::Ok);
+    EXPECT_FALSE(std::filesystem::exists(dir_ / "plan.doc.description"));
+    ASSERT_EQ(save("", true, 1), WriteResult::Ok);  // nothing left to delete: no error
+    EXPECT_TRUE(prompter_.shown.empty());
 }
 
 TEST_F(ExportedDescTest, FailuresShowTheirMessageAndKeepTheOldFile) {
     struct Case {
         const char* name;
-        bool deleting;
-        void (*arrange)(const TempDir&);
-        std::string keptFile;  // "" when a folder stands in the way
+        int removeFlag;
+        std::string inTheWay;  // a folder made there, else the old file made read-only
+    } kCases[] = {
+        {"folder where the file must be", 0, "plan.doc.description"},
+        {"folder where the temporary file must be", 0, "plan.doc.description.tmp"},
+        {"read-only file rewritten", 0, ""},
+        {"read-only file deleted", 1, ""},
     };
-    const Case kCases[] = {
-        {"folder where the file must be", false,
-         [](const TempDir& d) { d.mkdir("plan.doc.description/inside"); }, ""},
-        {"folder where the temporary file must be", false,
-         [](const TempDir& d) {
-             d.write("plan.doc.description", "Old\r\n");
-             d.mkdir("plan.doc.description.tmp/inside");
-         },
-         "Old\r\n"},
-        {"read-only file rewritten", false,
-         [](const TempDir& d) {
-             ::chmod(d.write("plan.doc.description", "Old\r\n").c_str(), 0444);
-         },
-         "Old\r\n"},
-        {"read-only file deleted", true,
-         [](const TempDir& d) {
-             ::chmod(d.write("plan.doc.description", "Old\r\n").c_str(), 0444);
-         },
-         "Old\r\n"},
-    };
-    for (const auto& [name, deleting, arrange, keptFile] : kCases) {
+    for (const auto& [name, removeFlag, inTheWay] : kCases) {
         SCOPED_TRACE(name);
-        TempDir dir;
-        arrange(dir);
-        SharedState state;
-        state.target.targetFileFullPathname = dir / "plan.doc";
-        state.targetFileDesc = deleting ? "" : "New";
-        state.removeTargetFileDescFlag = deleting ? 1 : 0;
+        std::filesystem::remove_all(dir_ / "plan.doc.description");
+        std::filesystem::remove_all(dir_ / "plan.doc.description.tmp");
+        if (inTheWay != "plan.doc.description")
+            dir_.write("plan.doc.description", "Old\r\n");
+        if (inTheWay.empty())
+            ::chmod((dir_ / "plan.doc.description").c_str(), 0444);
+        else
+            dir_.mkdir(inTheWay + "/inside");
         prompter_.shown.clear();
 
-        EXPECT_EQ(updateExpDesc(state, true, prompter_), WriteResult::Error);
-        expectFailureShown();
-        if (keptFile.empty())
-            EXPECT_TRUE(std::filesystem::is_directory(dir / "plan.doc.description"));
-        else
-            EXPECT_EQ(readFileBytes(dir / "plan.doc.description"), keptFile);
+        EXPECT_EQ(save("New", true, removeFlag), WriteResult::Error);
+        ASSERT_EQ(prompter_.shown.size(), 1u);
+        EXPECT_EQ(prompter_.shown[0].text,
+                  "Error: Problem while updating exported description file.");
+        EXPECT_EQ(prompter_.shown[0].title, "Veskor");
+        EXPECT_EQ(prompter_.shown[0].icon, Icon::Critical);
+        EXPECT_EQ(exported(), inTheWay == "plan.doc.description" ? "(folder)" : "Old\r\n");
     }
 }
 

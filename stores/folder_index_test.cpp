@@ -47,10 +47,6 @@ std::string blanks(const std::string& text) {
     return kBlanks + text;
 }
 
-std::string sample(const std::string& name) {
-    return readFileBytes(std::string(VESKOR_SOURCE_DIR) + "/stores/testdata/" + name);
-}
-
 TEST(FolderIndexTest, WritesTheShortOrTheQuotedFormAndReadsItBack) {
     struct Case {
         const char* name;
@@ -87,87 +83,45 @@ TEST(FolderIndexTest, WritesTheShortOrTheQuotedFormAndReadsItBack) {
     }
 }
 
-TEST(FolderIndexTest, PutsTheNewEntryFirstAndKeepsTheOthersInOrder) {
-    IndexFolder folder({"a.txt", "notes.txt", "b.txt"});
-    folder.writeIndex("a.txt        A\r\nnotes.txt    Old\r\n" + blanks("Older\r\n") +
-                      "b.txt        B\r\n" + blanks("B2\r\n"));
-    ASSERT_EQ(folder.save("notes.txt", "New"), WriteResult::Ok);
-    EXPECT_EQ(folder.index(),
-              "notes.txt    New\r\na.txt        A\r\nb.txt        B\r\n" + blanks("B2\r\n"));
-}
-
-TEST(FolderIndexTest, DropsOldEntriesMissingItemsAndEmptyLines) {
+TEST(FolderIndexTest, NewEntryComesFirstWithoutOldEntriesMissingItemsOrEmptyLines) {
+    const std::string a = "a.txt        A\r\n",
+                      gone = "gone.txt     Gone\r\n" + blanks("Gone too\r\n");
+    const std::string letters = "\"Old Letters\"\r\n" + blanks("L\r\n") + "x\r\n";
     struct Case {
         const char* name;
-        std::vector<std::string> items;  // beside notes.txt, which is saved as "New"
-        std::string oldIndex;
-        std::string kept;  // what follows the new entry
-    };
-    const std::string gone = "gone.txt     Gone\r\n" + blanks("Gone too\r\n");
-    const Case kCases[] = {
-        {"missing item with its continuation lines",
-         {"a.txt"},
-         gone + "a.txt        A\r\n",
-         "a.txt        A\r\n"},
-        {"missing item on the last line stays",
-         {"a.txt"},
-         "a.txt        A\r\ngone.txt     Gone",
-         "a.txt        A\r\ngone.txt     Gone\r\n"},
-        {"missing item whose continuation is the last line",
-         {"a.txt"},
-         "a.txt        A\r\n" + gone,
-         "a.txt        A\r\n"},
-        {"last line after a dropped entry is examined and kept",
-         {},
-         gone + "other.txt    X\r\n",
+        std::string oldIndex, kept;  // kept: what follows the new entry
+    } kCases[] = {
+        {"others keep their order",
+         a + "notes.txt    Old\r\n" + blanks("Older\r\n") + "b.txt        B\r\n" + blanks("B2\r\n"),
+         a + "b.txt        B\r\n" + blanks("B2\r\n")},
+        {"missing item with its continuation lines", gone + a, a},
+        {"missing item on the last line stays", a + "gone.txt     Gone",
+         a + "gone.txt     Gone\r\n"},
+        {"missing item whose continuation is the last line", a + gone, a},
+        {"last line after a dropped entry is examined and kept", gone + "other.txt    X\r\n",
          "other.txt    X\r\n"},
         {"target's entries in both forms and any case",
-         {"a.txt"},
-         "\"NOTES.txt\"\r\n" + blanks("Q\r\n") + "a.txt        A\r\nNotes.TXT    S\r\n" +
-             blanks("S2"),
-         "a.txt        A\r\n"},
-        {"header line of another program",
-         {"a.txt"},
-         "---- Files in this folder ----\r\na.txt        A\r\n",
-         "a.txt        A\r\n"},
-        {"empty lines", {"a.txt"}, "\r\n\na.txt        A\r\n\r\n", "a.txt        A\r\n"},
-        {"continuation lines without a head",
-         {"a.txt"},
-         blanks("Loose\r\n") + "a.txt        A\r\n",
-         blanks("Loose\r\n") + "a.txt        A\r\n"},
-        {"quoted entry of an existing folder",
-         {"Old Letters/x"},
-         "\"Old Letters\"\r\n" + blanks("L\r\n") + "x\r\n",
-         "\"Old Letters\"\r\n" + blanks("L\r\n") + "x\r\n"},
-        {"quoted entry of a missing item",
-         {},
-         "\"Lost Item.txt\"\r\n" + blanks("L\r\n") + "x\r\n",
+         "\"NOTES.txt\"\r\n" + blanks("Q\r\n") + a + "Notes.TXT    S\r\n" + blanks("S2"), a},
+        {"header line of another program", "---- Files in this folder ----\r\n" + a, a},
+        {"empty lines", "\r\n\n" + a + "\r\n", a},
+        {"continuation lines without a head", blanks("Loose\r\n") + a, blanks("Loose\r\n") + a},
+        {"quoted entry of an existing folder", letters, letters},
+        {"quoted entry of a missing item", "\"Lost Item.txt\"\r\n" + blanks("L\r\n") + "x\r\n",
          "x\r\n"},
-        {"head line with an empty name",
-         {},
-         "\"\"\r\n" + blanks("E\r\nx\r\n"),
+        {"head line with an empty name", "\"\"\r\n" + blanks("E\r\nx\r\n"),
          "\"\"\r\n" + blanks("E\r\nx\r\n")},
+        {"a FIFO counts as missing", "pipe         P\r\nx\r\n", "x\r\n"},
         {"Windows-1252 line of an existing item passes as its bytes",
-         {"caf\xC3\xA9.txt"},
-         "caf\xE9.txt     d\xE9j\xE0\r\nx\n",
-         "caf\xE9.txt     d\xE9j\xE0\r\nx\r\n"},
+         "caf\xE9.txt     d\xE9j\xE0\r\nx\n", "caf\xE9.txt     d\xE9j\xE0\r\nx\r\n"},
     };
-    for (const auto& [name, items, oldIndex, kept] : kCases) {
+    for (const auto& [name, oldIndex, kept] : kCases) {
         SCOPED_TRACE(name);
-        IndexFolder folder(items);
-        folder.dir.write("notes.txt", "");
+        IndexFolder folder({"notes.txt", "a.txt", "b.txt", "Old Letters/x", "caf\xC3\xA9.txt"});
+        ASSERT_EQ(::mkfifo((folder.dir / "pipe").c_str(), 0644), 0);
         folder.writeIndex(oldIndex);
         ASSERT_EQ(folder.save("notes.txt", "New"), WriteResult::Ok);
         EXPECT_EQ(folder.index(), "notes.txt    New\r\n" + kept);
     }
-}
-
-TEST(FolderIndexTest, SystemEntriesCountAsMissing) {
-    IndexFolder folder({"notes.txt"});
-    ASSERT_EQ(::mkfifo((folder.dir / "pipe").c_str(), 0644), 0);
-    folder.writeIndex("pipe         P\r\nx\r\n");
-    ASSERT_EQ(folder.save("notes.txt", "New"), WriteResult::Ok);
-    EXPECT_EQ(folder.index(), "notes.txt    New\r\nx\r\n");
 }
 
 TEST(FolderIndexTest, DeletingTheLastEntryDeletesTheIndex) {
@@ -226,59 +180,37 @@ TEST(FolderIndexTest, ReadsEveryEntryOfTheTarget) {
         folder.writeIndex(index);
         EXPECT_EQ(folder.read("notes.txt"), expected);
     }
-    // The text starts after 13 characters, not 13 bytes; names match in any case.
-    IndexFolder accented;
+    IndexFolder accented;  // 13 characters, not 13 bytes; any letter case
     accented.writeIndex("\xC3\xA9t\xC3\xA9.txt      Text\r\n");
     EXPECT_EQ(accented.read("\xC3\x89T\xC3\x89.TXT"), "Text\r\n");
-}
-
-TEST(FolderIndexTest, ReadsAndRewritesAnIndexOfAnotherProgram) {
-    IndexFolder folder({"readme.txt", "tool.zip"});
-    folder.writeIndex(sample("00_index_catalogue.txt"));
-    EXPECT_EQ(folder.read("README.TXT"), "About this folder\r\nSecond line\r\n");
-    EXPECT_EQ(folder.read("release notes 2.txt"), "Changes since 1.0\r\n");
-    EXPECT_EQ(folder.read("tool.zip"), "The tool, zipped (caf\xC3\xA9)\r\n");
-
-    ASSERT_EQ(folder.save("readme.txt", "New"), WriteResult::Ok);
-    EXPECT_EQ(folder.index(),
-              "readme.txt   New\r\n"
-              "tool.zip     The tool, zipped (caf\xE9)\r\n"
-              "old.zip      Withdrawn\r\n");
-}
-
-TEST(FolderIndexTest, ReadsNothingWithoutAnIndexFile) {
-    IndexFolder folder;
-    EXPECT_EQ(folder.read("notes.txt"), "");
-    folder.dir.mkdir("00_index.txt");
-    EXPECT_EQ(folder.read("notes.txt"), "");
+    IndexFolder none;
+    EXPECT_EQ(none.read("notes.txt"), "");
+    none.dir.mkdir("00_index.txt");
+    EXPECT_EQ(none.read("notes.txt"), "");
 }
 
 TEST(FolderIndexTest, FailuresShowTheirMessageAndKeepTheOldIndex) {
+    const std::string oldIndex = "a.txt        A\r\nnotes.txt    Old\r\n";
     struct Case {
         const char* name;
         int removeFlag;
-        void (*arrange)(const IndexFolder&);
-        bool indexIsFolder;
+        std::string inTheWay;  // a folder made there, else the index made read-only
+    } kCases[] = {
+        {"folder where the index must be", 0, "00_index.txt"},
+        {"folder where the index must be, deleting", 1, "00_index.txt"},
+        {"folder where the temporary file must be", 0, "00_index.txt.tmp"},
+        {"read-only index", 0, ""},
+        {"read-only index, deleting", 1, ""},
     };
-    const Case kCases[] = {
-        {"folder where the index must be", 0,
-         [](const IndexFolder& f) { f.dir.mkdir("00_index.txt/inside"); }, true},
-        {"folder where the index must be, deleting", 1,
-         [](const IndexFolder& f) { f.dir.mkdir("00_index.txt/inside"); }, true},
-        {"folder where the temporary file must be", 0,
-         [](const IndexFolder& f) { f.dir.mkdir("00_index.txt.tmp/inside"); }, false},
-        {"read-only index", 0,
-         [](const IndexFolder& f) { ::chmod((f.dir / "00_index.txt").c_str(), 0444); }, false},
-        {"read-only index, deleting", 1,
-         [](const IndexFolder& f) { ::chmod((f.dir / "00_index.txt").c_str(), 0444); }, false},
-    };
-    const std::string oldIndex = "a.txt        A\r\nnotes.txt    Old\r\n";
-    for (const auto& [name, removeFlag, arrange, indexIsFolder] : kCases) {
+    for (const auto& [name, removeFlag, inTheWay] : kCases) {
         SCOPED_TRACE(name);
         IndexFolder folder({"a.txt", "notes.txt"});
-        if (!indexIsFolder)
+        if (inTheWay != "00_index.txt")
             folder.writeIndex(oldIndex);
-        arrange(folder);
+        if (inTheWay.empty())
+            ::chmod((folder.dir / "00_index.txt").c_str(), 0444);
+        else
+            folder.dir.mkdir(inTheWay + "/inside");
 
         EXPECT_EQ(folder.save("notes.txt", "New", removeFlag), WriteResult::Error);
         ASSERT_EQ(folder.prompter.shown.size(), 1u);
@@ -287,12 +219,11 @@ TEST(FolderIndexTest, FailuresShowTheirMessageAndKeepTheOldIndex) {
                   "(You can disable '00_index.txt' creation in Options.)");
         EXPECT_EQ(folder.prompter.shown[0].icon, Icon::Critical);
         EXPECT_EQ(folder.prompter.shown[0].title, "Veskor");
-        if (indexIsFolder) {
-            EXPECT_TRUE(std::filesystem::is_directory(folder.dir / "00_index.txt"));
+        EXPECT_TRUE(folder.exists(inTheWay.empty() ? "00_index.txt" : inTheWay + "/inside"));
+        if (inTheWay == "00_index.txt")
             EXPECT_FALSE(folder.exists("00_index.txt.tmp"));
-        } else {
+        else
             EXPECT_EQ(folder.index(), oldIndex);
-        }
     }
 }
 
