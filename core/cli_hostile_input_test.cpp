@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -27,8 +27,6 @@ const std::string kTenMegabytes(10 << 20, 'x');
 
 class HostileInputTest : public ::testing::Test {
 protected:
-    HostileInputTest() { target_ = docs_.write("plan.txt", "content"); }
-
     int run(std::vector<std::string> args, const std::string& input = "") {
         std::istringstream in(input);
         out_.str("");
@@ -38,21 +36,16 @@ protected:
 
     std::string dataFolder() const { return home_.dataHome() + "/Kelvane/Veskor/"; }
     std::string failsafeFile() const { return dataFolder() + "failsafe db/ver1.7.dat"; }
-    std::string index() const { return readFileBytes(docs_ / "00_index.txt"); }
+    std::string indexFile() const { return docs_ / "00_index.txt"; }
     std::string record(const std::string& text) const {
         const std::string key = upperCase(target_);
         return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + text +
                "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
     }
-    void putFile(const std::string& path, const std::string& bytes) {
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-    }
 
     TempHome home_;
-    TempDir program_;
-    TempDir docs_;
-    std::string target_;
+    TempDir program_, docs_;
+    std::string target_ = docs_.write("plan.txt", "content");
     std::ostringstream out_, err_;
 };
 
@@ -60,29 +53,26 @@ protected:
 // were; only a missing line end is added (and, in the index, the head lines of items
 // that do not exist are pruned unless last).
 TEST_F(HostileInputTest, ASaveKeepsForeignBytesInTheDatabaseAndTheIndex) {
+    const std::string beginLine = "Veskor failsafe DB 1.7 BEGIN " + upperCase(target_);
+    const std::string binary("a\0\xC3\x28\xFF\r\n", 7);
     struct Case {
         const char* name;
         std::string bytes, keptInDatabase, keptInIndex;
     } const kCases[] = {
         {"a 10 MB line without a line end", kTenMegabytes, kTenMegabytes + "\r\n",
          kTenMegabytes + "\r\n"},
-        {"NUL bytes", std::string("a\0b\0", 4), std::string("a\0b\0\r\n", 6),
-         std::string("a\0b\0\r\n", 6)},
-        {"bytes that are not UTF-8", "\xC3\x28\xFF\xFE\r\n", "\xC3\x28\xFF\xFE\r\n",
-         "\xC3\x28\xFF\xFE\r\n"},
+        {"NUL and bytes that are not UTF-8", binary, binary, binary},
         {"a lone CR and a lone LF", "one\rtwo\nthree", "one\r\ntwo\r\nthree\r\n", "three\r\n"},
-        {"a begin line of the target, last", "Veskor failsafe DB 1.7 BEGIN " + upperCase(target_),
-         "Veskor failsafe DB 1.7 BEGIN " + upperCase(target_) + "\r\n",
-         "Veskor failsafe DB 1.7 BEGIN " + upperCase(target_) + "\r\n"},
+        {"a begin line of the target, last", beginLine, beginLine + "\r\n", beginLine + "\r\n"},
     };
     for (const auto& [name, bytes, keptInDatabase, keptInIndex] : kCases) {
         SCOPED_TRACE(name);
-        putFile(failsafeFile(), bytes);
-        putFile(docs_ / "00_index.txt", bytes);
+        writeFileBytes(failsafeFile(), bytes);
+        writeFileBytes(indexFile(), bytes);
         EXPECT_EQ(run({"stores", target_}), 0);
         ASSERT_EQ(run({"set", target_, "new"}), 0) << err_.str();
         EXPECT_TRUE(readFileBytes(failsafeFile()) == record("new") + keptInDatabase);
-        EXPECT_TRUE(index() == "plan.txt     new\r\n" + keptInIndex);
+        EXPECT_TRUE(readFileBytes(indexFile()) == "plan.txt     new\r\n" + keptInIndex);
     }
 }
 
@@ -96,21 +86,19 @@ TEST_F(HostileInputTest, SettingsOfAnyBytesAreReadOrReplacedByTheDefaults) {
         bool replaced, indexWritten;
     } const kCases[] = {
         {"no header, NUL and non-UTF-8 bytes", std::string("\0\xFF[Veskor 1.9]\0", 15), true, true},
-        {"a 10 MB line before the header", kTenMegabytes + "\n[Veskor 1.9]\nCreate00index=0", false,
-         false},
-        {"a 10 MB value before the setting",
-         "[Veskor 1.9]\rBgColor=" + kTenMegabytes + "\rCreate00index=0", false, false},
+        {"a 10 MB value, lone CRs", "[Veskor 1.9]\rBgColor=" + kTenMegabytes + "\rCreate00index=0",
+         false, false},
         {"a NUL before the key", std::string("[Veskor 1.9]\r\n\0Create00index=0", 31), false, true},
     };
     for (const auto& [name, settings, replaced, indexWritten] : kCases) {
         SCOPED_TRACE(name);
-        std::remove((docs_ / "00_index.txt").c_str());
-        putFile(dataFolder() + "config.dat", settings);
+        std::remove(indexFile().c_str());
+        writeFileBytes(dataFolder() + "config.dat", settings);
         ASSERT_EQ(run({"set", target_, "text"}), 0) << err_.str();
         EXPECT_EQ(err_.str(), "");
         EXPECT_TRUE(readFileBytes(dataFolder() + "config.dat") ==
                     (replaced ? kDefaults : settings));
-        EXPECT_EQ(fileExists(docs_ / "00_index.txt"), indexWritten);
+        EXPECT_EQ(fileExists(indexFile()), indexWritten);
     }
 }
 
@@ -146,37 +134,18 @@ TEST_F(HostileInputTest, ADescriptionIsStoredAlikeEverywhereOrRefused) {
     }
 }
 
-TEST_F(HostileInputTest, AwkwardTargetNamesRoundTripOrAreRefused) {
-    struct Case {
-        const char* name;
-        std::string file;
-        int exitCode;
-        std::string message, indexHead;
-    } const kCases[] = {
-        {"blanks", "my plan.txt", 0, "", "\"my plan.txt\"\r\n             text\r\n"},
-        {"quotes inside", "say\"hi\".txt", 0, "", "say\"hi\".txt  text\r\n"},
-        {"12 characters in 14 bytes",
-         "r\xC3\xA9sum\xC3\xA9"
-         "12.txt",
-         0, "",
-         "r\xC3\xA9sum\xC3\xA9"
-         "12.txt text\r\n"},
-        {"a line break", "two\nlines", 2,
-         "Veskor: You cannot create descriptions for files or folders whose name contains a "
-         "line break.\n",
-         ""},
-        {"a quote at the end, taken off", "plan2\"", 2,
-         "Veskor: Error: file not found.\n\"" + (docs_ / "plan2") + "\"\n", ""},
+TEST_F(HostileInputTest, AwkwardTargetNamesRoundTrip) {
+    const std::pair<std::string, std::string> kCases[] = {
+        {"my plan.txt", "\"my plan.txt\"\r\n             text\r\n"},
+        {"say\"hi\".txt", "say\"hi\".txt  text\r\n"},
+        {"r\xC3\xA9sum\xC3\xA9-v.txt", "r\xC3\xA9sum\xC3\xA9-v.txt text\r\n"},  // 14 bytes
     };
-    for (const auto& [name, file, exitCode, message, indexHead] : kCases) {
-        SCOPED_TRACE(name);
-        std::remove((docs_ / "00_index.txt").c_str());
+    for (const auto& [file, indexHead] : kCases) {
+        SCOPED_TRACE(file);
+        std::remove(indexFile().c_str());
         const std::string target = docs_.write(file, "x");
-        ASSERT_EQ(run({"set", target, "text"}), exitCode);
-        EXPECT_EQ(err_.str(), message);
-        EXPECT_EQ(index(), indexHead);
-        if (exitCode != 0)
-            continue;
+        ASSERT_EQ(run({"set", target, "text"}), 0) << err_.str();
+        EXPECT_EQ(readFileBytes(indexFile()), indexHead);
         ASSERT_EQ(run({"get", target}), 0);
         EXPECT_EQ(out_.str(), "text");
         EXPECT_NE(readFileBytes(failsafeFile()).find(upperCase(target)), std::string::npos);
@@ -195,7 +164,6 @@ TEST(HostileInputProcessTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) 
     // Hold the database's lock, so that the save waits inside its first store.
     const int lock = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(::flock(lock, LOCK_EX), 0);
-
     std::string cli = std::string(VESKOR_BINARY_DIR) + "/veskor-cli", verb = "set",
                 text = "kept text", path = target;
     char* argv[] = {cli.data(), verb.data(), path.data(), text.data(), nullptr};
@@ -203,8 +171,7 @@ TEST(HostileInputProcessTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) 
     ASSERT_EQ(posix_spawn(&pid, cli.c_str(), nullptr, nullptr, argv, environ), 0);
     // The save is past its existence check once it has the folder open for the lock.
     const std::string fds = "/proc/" + std::to_string(pid) + "/fd";
-    bool waiting = false;
-    while (!waiting) {
+    for (bool waiting = false; !waiting;) {
         std::error_code ec;
         for (const auto& fd : std::filesystem::directory_iterator(fds, ec))
             waiting = waiting || std::filesystem::read_symlink(fd.path(), ec) == folder;
@@ -215,8 +182,7 @@ TEST(HostileInputProcessTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) 
 
     int status = 0;
     waitpid(pid, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_EQ(readFileBytes(target + ".description"), "kept text\r\n");
     EXPECT_NE(readFileBytes(folder + "/ver1.7.dat").find("\r\nkept text\r\n"), std::string::npos);
     EXPECT_EQ(readFileBytes(docs / "00_index.txt"), "plan.txt     kept text\r\n");

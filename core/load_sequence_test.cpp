@@ -10,34 +10,32 @@ namespace {
 
 class LoadSequenceTest : public StoreFixture {
 protected:
-    // A new target file (without streams) and no store files.
-    void clearStores() {
+    // Starts from a new target file (without streams) and no store files, then fills
+    // the stores named by letter: E exported file, O old stream, S summary stream,
+    // I folder index, F failsafe.
+    void fillOnly(const std::string& stores) {
         for (const std::string& path :
              {target(), target() + ".description", state_.target.indexFile, failsafeFile()})
             std::remove(path.c_str());
         dir_.write("docs/plan.txt", "x");
-    }
-
-    void fill(const std::string& stores) {
-        if (stores.find('E') != std::string::npos)
+        auto has = [&](char store) { return stores.find(store) != std::string::npos; };
+        if (has('E'))
             putExported("from exported");
-        if (stores.find('O') != std::string::npos)
+        if (has('O'))
             putOldStream("from old stream");
-        if (stores.find('S') != std::string::npos)
+        if (has('S'))
             putSummary("from summary");
-        if (stores.find('I') != std::string::npos)
+        if (has('I'))
             putIndexEntry("from index");
-        if (stores.find('F') != std::string::npos)
+        if (has('F'))
             putFailsafeRecord("from failsafe\r\n");
     }
 };
 
 TEST_F(LoadSequenceTest, TakesTheStoreOfHighestPrecedence) {
-    // E exported file, O old stream, S summary stream, I folder index, F failsafe.
     struct Case {
         const char* stores;
-        std::string text;
-        std::string status;
+        std::string text, status;
     } const cases[] = {
         {"EOSIF", "from old stream", "Loaded from NTFS (old)"},
         {"ESIF", "from exported\r\n", "Loaded from exported description"},
@@ -46,15 +44,13 @@ TEST_F(LoadSequenceTest, TakesTheStoreOfHighestPrecedence) {
         {"F", "from failsafe\r\n", "Loaded from failsafe"},
         {"O", "from old stream", "Loaded from NTFS (old)"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.stores);
-        clearStores();
+    for (const auto& [stores, text, status] : cases) {
+        SCOPED_TRACE(stores);
+        fillOnly(stores);
         PlainEditorState editor;
-        fill(c.stores);
         loadDescription(state_, editor);
-        EXPECT_EQ(editor.text(), c.text);
-        EXPECT_EQ(editor.status, c.status);
-        EXPECT_FALSE(editor.updateBold());
+        EXPECT_EQ(editor.text(), text);
+        EXPECT_EQ(editor.status, status);
     }
 }
 
@@ -70,48 +66,34 @@ TEST_F(LoadSequenceTest, ShowsTheSelectedPlaceholderWhenNoStoreHasText) {
     EXPECT_FALSE(editor_.updateBold());
 }
 
-TEST_F(LoadSequenceTest, OpensTheWindowForEditing) {
-    putSummary("text");
-    loadDescription(state_, editor_);
-    EXPECT_EQ(editor_.caption, "plan.txt - Veskor");
-    EXPECT_EQ(editor_.targetBox, target());
-    EXPECT_EQ(editor_.openIcon, "file");
-    EXPECT_TRUE(editor_.updateEnabled());
-    EXPECT_TRUE(editor_.cancelEnabled && editor_.helpEnabled && editor_.optionsEnabled);
-    EXPECT_EQ(editor_.timerInterval, 1000);
-    EXPECT_EQ(state_.data.failsafeDBfile, failsafeFile());
-}
-
-TEST_F(LoadSequenceTest, ReadsAFolderLikeAFileAndShowsTheFolderIcon) {
+TEST_F(LoadSequenceTest, OpensAFolderForEditingLikeAFile) {
     dir_.mkdir("docs/Old");
     setTarget("docs/Old");
     putIndexEntry("an old folder");
     loadDescription(state_, editor_);
     EXPECT_EQ(editor_.text(), "an old folder\r\n");
+    EXPECT_EQ(editor_.caption, "Old - Veskor");
+    EXPECT_EQ(editor_.targetBox, target());
     EXPECT_EQ(editor_.openIcon, "folder");
+    EXPECT_TRUE(editor_.updateEnabled() && editor_.cancelEnabled && editor_.optionsEnabled);
+    EXPECT_EQ(editor_.timerInterval, 1000);
 }
 
 TEST_F(LoadSequenceTest, ShortensLongNamesInTheCaption) {
-    const std::string forty(40, 'n');
-    const std::string fortyOne = "abc" + std::string(35, 'm') + "xyz";
-    struct Case {
-        std::string name;
-        std::string caption;
-    } const cases[] = {
-        {forty, forty + " - Veskor"},
-        {fortyOne, "abc..." + fortyOne.substr(4) + " - Veskor"},
+    const std::string forty(40, 'n'), fortyOne = "abc" + std::string(35, 'm') + "xyz";
+    const std::pair<std::string, std::string> cases[] = {
+        {forty, forty},
+        {fortyOne, "abc..." + fortyOne.substr(4)},
         {"\xC3\xA9" + std::string(40, 'e'),
-         "\xC3\xA9"
-         "ee..." +
-             std::string(37, 'e') + " - Veskor"},
+         "\xC3\xA9" + std::string(2, 'e') + "..." + std::string(37, 'e')},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        dir_.write("docs/" + c.name, "x");
-        setTarget("docs/" + c.name);
+    for (const auto& [name, caption] : cases) {
+        SCOPED_TRACE(name);
+        dir_.write("docs/" + name, "x");
+        setTarget("docs/" + name);
         PlainEditorState editor;
         loadDescription(state_, editor);
-        EXPECT_EQ(editor.caption, c.caption);
+        EXPECT_EQ(editor.caption, caption + " - Veskor");
     }
 }
 

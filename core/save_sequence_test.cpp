@@ -7,16 +7,13 @@
 #include <cstdio>
 
 #include "platform/lookup.h"
-#include "platform/xattr.h"
 #include "tests/store_fixture.h"
 
 namespace {
 
-const std::string kFailsafeError = "Error: Problem while updating filesafe DB.";
+using Texts = std::vector<std::string>;
+
 const std::string kExportError = "Error: Problem while updating exported description file.";
-const std::string kIndexError =
-    "Error: Problem while updating '00_index.txt' file.\r\n"
-    "(You can disable '00_index.txt' creation in Options.)";
 const std::string kNtfsWarning =
     "WARNING: File description cannot be saved in NTFS.  '00_index.txt' file creation option "
     "is disabled.  Auto-creation of exported description files option is also disabled.  "
@@ -34,25 +31,25 @@ protected:
         editor_.setCancelEnabled(true);
     }
 
-    SaveOutcome save(const std::string& text) {
+    SaveOutcome save(const std::string& text, Prompter& prompter) {
         editor_.setText(text);
-        return Command1_Click(state_, editor_, prompter_);
+        return Command1_Click(state_, editor_, prompter);
     }
+    SaveOutcome save(const std::string& text) { return save(text, prompter_); }
 
     void expectBackInEditing() {
         EXPECT_EQ(editor_.updateCaption, "Update [F10]");
-        EXPECT_TRUE(editor_.updateEnabled());
-        EXPECT_TRUE(editor_.cancelEnabled);
-        EXPECT_TRUE(editor_.textEnabled);
+        EXPECT_TRUE(editor_.updateEnabled() && editor_.cancelEnabled && editor_.textEnabled);
     }
 
     std::string record(const std::string& lines) const {
         return beginLine() + "\r\n" + lines + endLine() + "\r\n";
     }
-
-    void setOptions(int index, int exportNonNtfs) {
-        state_.options.optionsCreate00index = index;
-        state_.options.optionsCreateExpDescNonNTFS = exportNonNtfs;
+    bool exportedExists() const { return fileExists(target() + ".description"); }
+    void removeStoreFiles() {
+        for (const std::string& path :
+             {failsafeFile(), target() + ".description", state_.target.indexFile})
+            std::remove(path.c_str());
     }
 };
 
@@ -70,15 +67,13 @@ TEST_F(SaveSequenceTest, DoesNothingWhileTheUpdateButtonIsDisabled) {
     editor_.setUpdateEnabled(false);
     EXPECT_EQ(save("text"), SaveOutcome::NotRun);
     EXPECT_FALSE(fileExists(failsafeFile()));
-    EXPECT_EQ(editor_.updateCaption, "Update [F10]");
 }
 
 TEST_F(SaveSequenceTest, AnEmptyBoxAsksBeforeDeleting) {
     editor_.setUpdateBold(true);
     EXPECT_EQ(save(""), SaveOutcome::ReturnedToEditing);
-    EXPECT_EQ(prompter_.texts(), std::vector<std::string>{"Delete existing description?"});
+    EXPECT_EQ(prompter_.texts(), Texts{"Delete existing description?"});
     EXPECT_EQ(prompter_.shown[0].buttons, Buttons::YesNo);
-    EXPECT_EQ(prompter_.shown[0].icon, Icon::None);
     EXPECT_FALSE(fileExists(failsafeFile()));
     EXPECT_TRUE(editor_.updateBold());
     expectBackInEditing();
@@ -91,8 +86,7 @@ TEST_F(SaveSequenceTest, DeletingRemovesTheEntriesAndEmptiesTheStreams) {
     putSummary("old");
     prompter_.answers = {Answer::Yes};
     EXPECT_EQ(save(""), SaveOutcome::Stored);
-    EXPECT_FALSE(fileExists(target() + ".description"));
-    EXPECT_FALSE(fileExists(state_.target.indexFile));
+    EXPECT_FALSE(exportedExists() || fileExists(state_.target.indexFile));
     EXPECT_EQ(failsafe(), "");
     EXPECT_EQ(summaryText(), "");
 }
@@ -100,8 +94,7 @@ TEST_F(SaveSequenceTest, DeletingRemovesTheEntriesAndEmptiesTheStreams) {
 TEST_F(SaveSequenceTest, BlanksOnlyTheFullMarkerTextsAndOnlyOutsideTheStreams) {
     editor_.setExportChecked(true);
     const std::string typed =
-        "a veskor FAILSAFE db 1.7 begin b Veskor failsafe DB 1.7 END c "
-        "failsafe DB 1.7 END";
+        "a veskor FAILSAFE db 1.7 begin b Veskor failsafe DB 1.7 END c failsafe DB 1.7 END";
     const std::string blanked = "a   b   c failsafe DB 1.7 END";
     EXPECT_EQ(save(typed), SaveOutcome::Stored);
     EXPECT_EQ(failsafe(), record(blanked + "\r\n"));
@@ -110,127 +103,99 @@ TEST_F(SaveSequenceTest, BlanksOnlyTheFullMarkerTextsAndOnlyOutsideTheStreams) {
     EXPECT_EQ(summaryText(), typed);
 }
 
-TEST_F(SaveSequenceTest, AVanishedTargetEndsWithoutWritingAnything) {
-    std::remove(target().c_str());
-    EXPECT_EQ(save("text"), SaveOutcome::EndedWithoutStoring);
-    EXPECT_EQ(prompter_.texts(),
-              std::vector<std::string>{"Error: Target appears to no longer exist."});
-    EXPECT_EQ(prompter_.shown[0].icon, Icon::Critical);
-    EXPECT_FALSE(fileExists(failsafeFile()));
-    EXPECT_FALSE(fileExists(state_.target.indexFile));
-}
-
-TEST_F(SaveSequenceTest, DeletingForAVanishedTargetRemovesOnlyItsExportedFile) {
-    putExported("orphan");
-    putFailsafeRecord("kept\r\n");
-    std::remove(target().c_str());
-    prompter_.answers = {Answer::Yes};
-    EXPECT_EQ(save(""), SaveOutcome::EndedWithoutStoring);
-    EXPECT_FALSE(fileExists(target() + ".description"));
-    EXPECT_EQ(failsafe(), record("kept\r\n"));
-    EXPECT_EQ(prompter_.texts(), std::vector<std::string>{"Delete existing description?"});
+// Saving (flag 0) writes nothing; deleting (flag 1) removes only the exported file.
+TEST_F(SaveSequenceTest, AVanishedTargetEndsWithoutStoring) {
+    for (const std::string text : {"text", ""}) {
+        SCOPED_TRACE(text.empty() ? "deleting" : "saving");
+        putExported("orphan");
+        putFailsafeRecord("kept\r\n");
+        std::remove(target().c_str());
+        editor_.setUpdateEnabled(true);
+        ScriptedPrompter prompter;
+        prompter.answers = {Answer::Yes};
+        EXPECT_EQ(save(text, prompter), SaveOutcome::EndedWithoutStoring);
+        EXPECT_EQ(prompter.texts(),
+                  Texts{text.empty() ? "Delete existing description?"
+                                     : "Error: Target appears to no longer exist."});
+        EXPECT_EQ(exportedExists(), !text.empty());
+        EXPECT_EQ(failsafe(), record("kept\r\n"));
+        EXPECT_FALSE(fileExists(state_.target.indexFile));
+    }
 }
 
 // Each store fails for real: a folder stands where its file must be written.
 TEST_F(SaveSequenceTest, StopsAtTheFirstStoreThatFailsAndKeepsWhatWasWritten) {
     struct Case {
-        const char* name;
-        std::string blocker;  // a folder made where the store writes
+        const char* blocker;
         std::string message;
         bool failsafeWritten, exportedWritten;
     } const cases[] = {
-        {"failsafe", "data/failsafe db/ver1.7.dat", kFailsafeError, false, false},
-        {"exported", "docs/plan.txt.description", kExportError, true, false},
-        {"index", "docs/00_index.txt", kIndexError, true, true},
+        {"data/failsafe db/ver1.7.dat", "Error: Problem while updating filesafe DB.", false, false},
+        {"docs/plan.txt.description", kExportError, true, false},
+        {"docs/00_index.txt",
+         "Error: Problem while updating '00_index.txt' file.\r\n(You can disable '00_index.txt' "
+         "creation in Options.)",
+         true, true},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::remove(failsafeFile().c_str());
-        std::remove((target() + ".description").c_str());
-        ScriptedPrompter prompter;
+        SCOPED_TRACE(c.blocker);
+        removeStoreFiles();
         const std::string blocker = dir_.mkdir(c.blocker);
-        editor_.setText("new text");
         editor_.setExportChecked(true);
-        EXPECT_EQ(Command1_Click(state_, editor_, prompter), SaveOutcome::ReturnedToEditing);
+        ScriptedPrompter prompter;
+        EXPECT_EQ(save("new text", prompter), SaveOutcome::ReturnedToEditing);
         ::rmdir(blocker.c_str());
-        EXPECT_EQ(prompter.texts(), std::vector<std::string>{c.message});
+        EXPECT_EQ(prompter.texts(), Texts{c.message});
         EXPECT_EQ(fileExists(failsafeFile()), c.failsafeWritten);
-        EXPECT_EQ(fileExists(target() + ".description"), c.exportedWritten);
+        EXPECT_EQ(exportedExists(), c.exportedWritten);
         EXPECT_FALSE(fileExists(state_.target.indexFile));
         EXPECT_EQ(summaryText(), "");
         expectBackInEditing();
     }
 }
 
+// The warning comes when no other store will hold the text, even when the export box
+// had the exported file written.
 TEST_F(SaveSequenceTest, FallsBackWhenTheStreamsCannotBeWritten) {
+    using enum SaveOutcome;
     struct Case {
         const char* name;
         int index, exportNonNtfs;
-        std::deque<Answer> answers;
+        bool boxTicked;
+        Answer answer;  // to the warning, when it comes
         SaveOutcome outcome;
-        bool warned, exportedWritten, indexWritten;
+        bool warned;
     } const cases[] = {
-        {"exported file stands in", 1, 1, {}, SaveOutcome::Stored, false, true, true},
-        {"index holds it", 1, 0, {}, SaveOutcome::Stored, false, false, true},
-        {"nothing else, user goes on",
-         0,
-         0,
-         {Answer::Yes},
-         SaveOutcome::EndedWithoutStoring,
-         true,
-         false,
-         false},
-        {"nothing else, user stays",
-         0,
-         0,
-         {Answer::No},
-         SaveOutcome::ReturnedToEditing,
-         true,
-         false,
-         false},
-        {"nothing else, box closed",
-         0,
-         0,
-         {Answer::Cancel},
-         SaveOutcome::ReturnedToEditing,
-         true,
-         false,
-         false},
+        {"exported file and index stand in", 1, 1, false, Answer::No, Stored, false},
+        {"index stands in", 1, 0, false, Answer::No, Stored, false},
+        {"nothing else, user goes on", 0, 0, false, Answer::Yes, EndedWithoutStoring, true},
+        {"nothing else, user stays", 0, 0, false, Answer::No, ReturnedToEditing, true},
+        {"nothing else, box closed", 0, 0, false, Answer::Cancel, ReturnedToEditing, true},
+        {"export box ticked, user goes on", 0, 0, true, Answer::Yes, EndedWithoutStoring, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        for (const std::string& path : {target() + ".description", state_.target.indexFile})
-            std::remove(path.c_str());
-        setOptions(c.index, c.exportNonNtfs);
-        editor_.setExportChecked(false);
-        ScriptedPrompter prompter;
-        prompter.answers = c.answers;
-        editor_.setText(kTooLongForTheStreams);
-        EXPECT_EQ(Command1_Click(state_, editor_, prompter), c.outcome);
-        EXPECT_EQ(prompter.texts(),
-                  c.warned ? std::vector<std::string>{kNtfsWarning} : std::vector<std::string>{});
-        EXPECT_EQ(editor_.exportChecked(), c.exportNonNtfs == 1);
-        EXPECT_EQ(fileExists(target() + ".description"), c.exportedWritten);
-        EXPECT_EQ(fileExists(state_.target.indexFile), c.indexWritten);
-        EXPECT_EQ(failsafe(), record(kTooLongForTheStreams + "\r\n"));
+        removeStoreFiles();
+        state_.options.optionsCreate00index = c.index;
+        state_.options.optionsCreateExpDescNonNTFS = c.exportNonNtfs;
+        editor_.setExportChecked(c.boxTicked);
         editor_.setUpdateEnabled(true);
+        ScriptedPrompter prompter;
+        prompter.answers = {c.answer};
+        EXPECT_EQ(save(kTooLongForTheStreams, prompter), c.outcome);
+        EXPECT_EQ(prompter.texts(), c.warned ? Texts{kNtfsWarning} : Texts{});
+        EXPECT_EQ(editor_.exportChecked(), c.boxTicked || c.exportNonNtfs == 1);
+        EXPECT_EQ(exportedExists(), c.boxTicked || c.exportNonNtfs == 1);
+        EXPECT_EQ(fileExists(state_.target.indexFile), c.index == 1);
+        EXPECT_EQ(failsafe(), record(kTooLongForTheStreams + "\r\n"));
     }
 }
 
-TEST_F(SaveSequenceTest, WarnsEvenWhenTheExportBoxHadWrittenTheFile) {
-    setOptions(0, 0);
-    editor_.setExportChecked(true);
-    prompter_.answers = {Answer::Yes};
-    EXPECT_EQ(save(kTooLongForTheStreams), SaveOutcome::EndedWithoutStoring);
-    EXPECT_EQ(prompter_.texts(), std::vector<std::string>{kNtfsWarning});
-    EXPECT_EQ(exported(), kTooLongForTheStreams + "\r\n");
-}
-
 TEST_F(SaveSequenceTest, AFailingFallbackExportReturnsToEditing) {
-    setOptions(1, 1);
+    state_.options.optionsCreate00index = state_.options.optionsCreateExpDescNonNTFS = 1;
     dir_.mkdir("docs/plan.txt.description");
     EXPECT_EQ(save(kTooLongForTheStreams), SaveOutcome::ReturnedToEditing);
-    EXPECT_EQ(prompter_.texts(), std::vector<std::string>{kExportError});
+    EXPECT_EQ(prompter_.texts(), Texts{kExportError});
     EXPECT_TRUE(fileExists(state_.target.indexFile));
     expectBackInEditing();
 }

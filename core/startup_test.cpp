@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 #include <cstdlib>
-#include <functional>
 
 #include "platform/environment.h"
+#include "platform/lookup.h"
 #include "tests/scripted_prompter.h"
 #include "tests/temp_dir.h"
 
@@ -17,10 +17,7 @@ constexpr const char* kDefaultFile =
     "[Veskor 1.9]\r\nCreate00index=1\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=0\r\n"
     "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=0\r\nBgColor=0\r\n";
 
-const std::string kPortableFailure =
-    "Error: Application data folder missing and cannot be created.  Attempted to run in "
-    "'portable mode'; cannot do.  Make sure write permissions are enabled in application "
-    "folder.";
+using Lines = std::vector<std::string>;
 
 // Records which of the window's steps ran, in order.
 class RecordingWindow : public StartupWindow {
@@ -31,20 +28,14 @@ public:
         steps.push_back("settings");
         bgColorSeen = state.options.optionsBgColor;
     }
-    std::vector<std::string> steps;
+    Lines steps;
     double bgColorSeen = -99;
 };
 
-bool isFolder(const std::string& path) {
-    struct stat st {};
-    return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 class StartupTest : public ::testing::Test {
 protected:
-    StartupResult start() {
-        return runStartup(state_, StartupEnvironment{appPath_, appDataFolder()}, prompter_,
-                          window_);
+    StartupResult start(const std::string& program) {
+        return runStartup(state_, {program, appDataFolder()}, prompter_, window_);
     }
     void setDataHome(const std::string& path) { setenv("XDG_DATA_HOME", path.c_str(), 1); }
     // A data home below a regular file: nothing can be created there.
@@ -52,7 +43,7 @@ protected:
 
     TempHome home_;
     TempDir dir_;
-    std::string appPath_ = dir_.mkdir("program");  // without its trailing "/"
+    std::string program_ = dir_.mkdir("program");  // without its trailing "/"
     SharedState state_;
     ScriptedPrompter prompter_;
     RecordingWindow window_;
@@ -60,22 +51,21 @@ protected:
 
 TEST_F(StartupTest, FirstStartCreatesTheDataFolderAndTheDefaultSettings) {
     setDataHome(dir_ / "xdg/data");  // not there yet, nor is ~/.local/share
-    ASSERT_EQ(start(), StartupResult::Continue);
+    ASSERT_EQ(start(program_), StartupResult::Continue);
     const std::string data = dir_ / "xdg/data/Kelvane/Veskor/";
-    EXPECT_EQ(state_.data.appPath, appPath_ + "/");
+    EXPECT_EQ(state_.data.appPath, program_ + "/");
     EXPECT_EQ(state_.data.appDataPath, data);
     EXPECT_EQ(state_.data.failsafeDBpath, data + "failsafe db/");
     EXPECT_EQ(state_.data.configFile, data + "config.dat");
-    EXPECT_TRUE(isFolder(data + "failsafe db"));
+    EXPECT_TRUE(IsADirectory(data + "failsafe db"));
     EXPECT_EQ(readFileBytes(data + "config.dat"), kDefaultFile);
-    EXPECT_FALSE(isFolder(appPath_ + "/failsafe db"));
-    EXPECT_FALSE(isFolder(home_.dataHome()));
+    EXPECT_FALSE(entryExists(program_ + "/failsafe db") || entryExists(home_.dataHome()));
     EXPECT_TRUE(prompter_.shown.empty());
-    EXPECT_EQ(window_.steps, (std::vector<std::string>{"begin", "clear", "settings"}));
+    EXPECT_EQ(window_.steps, (Lines{"begin", "clear", "settings"}));
 }
 
-TEST_F(StartupTest, FreshAccountGetsItsDataFolderUnderHome) {
-    ASSERT_EQ(start(), StartupResult::Continue);
+TEST_F(StartupTest, FreshAccountGetsAPrivateDataFolderUnderHome) {
+    ASSERT_EQ(start(program_), StartupResult::Continue);
     EXPECT_EQ(state_.data.appDataPath, home_.dataHome() + "/Kelvane/Veskor/");
     struct stat st {};
     ASSERT_EQ(::stat(home_.dataHome().c_str(), &st), 0);
@@ -83,93 +73,77 @@ TEST_F(StartupTest, FreshAccountGetsItsDataFolderUnderHome) {
 }
 
 TEST_F(StartupTest, RunsPortableWhenNoDataFolderCanBeHad) {
-    const std::pair<const char*, std::function<void()>> rows[] = {
-        {"data home below a file", [this] { blockDataHome(); }},
-        {"no data home and no home",
-         [] {
-             unsetenv("XDG_DATA_HOME");
-             unsetenv("HOME");
-         }},
-    };
-    for (const auto& [name, spoilDataHome] : rows) {
-        SCOPED_TRACE(name);
+    for (const bool homeUnset : {false, true}) {
+        SCOPED_TRACE(homeUnset ? "no data home and no home" : "data home below a file");
+        if (homeUnset) {
+            unsetenv("XDG_DATA_HOME");
+            unsetenv("HOME");
+        } else {
+            blockDataHome();
+        }
         TempDir dir;
-        const std::string program = dir / "program/";
-        dir.mkdir("program");
-        spoilDataHome();
-        ScriptedPrompter prompter;
-        ASSERT_EQ(runStartup(state_, {program, appDataFolder()}, prompter, window_),
-                  StartupResult::Continue);
+        const std::string program = dir.mkdir("program") + "/";
+        ASSERT_EQ(start(program), StartupResult::Continue);
         EXPECT_EQ(state_.data.appDataPath, program);
         EXPECT_EQ(state_.data.failsafeDBpath, program + "failsafe db/");
         EXPECT_EQ(state_.data.configFile, program + "config.dat");
-        EXPECT_TRUE(isFolder(program + "failsafe db"));
+        EXPECT_TRUE(IsADirectory(program + "failsafe db"));
         EXPECT_EQ(readFileBytes(program + "config.dat"), kDefaultFile);
-        EXPECT_TRUE(prompter.shown.empty());
+        EXPECT_TRUE(prompter_.shown.empty());
     }
 }
 
-// Each row makes a program folder in which "failsafe db" cannot be created.
 TEST_F(StartupTest, EndsWhenThePortableFailsafeFolderCannotBeMadeEither) {
-    const std::pair<const char*, std::string (*)(const TempDir&)> rows[] = {
-        {"program folder is a file", [](const TempDir& dir) { return dir.write("program", ""); }},
-        {"dangling link named failsafe db",
-         [](const TempDir& dir) {
-             std::string program = dir.mkdir("program");
-             EXPECT_EQ(symlink("/nonexistent/veskor", (program + "/failsafe db").c_str()), 0);
-             return program;
-         }},
-    };
     blockDataHome();
-    for (const auto& [name, makeProgramFolder] : rows) {
-        SCOPED_TRACE(name);
+    for (const bool dangling : {false, true}) {
+        SCOPED_TRACE(dangling ? "dangling link named failsafe db" : "program folder is a file");
         TempDir dir;
+        const std::string program = dangling ? dir.mkdir("program") : dir.write("program", "");
+        if (dangling) {
+            ASSERT_EQ(symlink("/nonexistent/veskor", (program + "/failsafe db").c_str()), 0);
+        }
         ScriptedPrompter prompter;
         RecordingWindow window;
-        EXPECT_EQ(runStartup(state_, {makeProgramFolder(dir), appDataFolder()}, prompter, window),
+        EXPECT_EQ(runStartup(state_, {program, appDataFolder()}, prompter, window),
                   StartupResult::EndProgram);
-        ASSERT_EQ(prompter.texts(), std::vector<std::string>{kPortableFailure});
+        ASSERT_EQ(prompter.texts(),
+                  Lines{"Error: Application data folder missing and cannot be created.  Attempted "
+                        "to run in 'portable mode'; cannot do.  Make sure write permissions are "
+                        "enabled in application folder."});
         EXPECT_EQ(prompter.shown[0].title, "Veskor");
         EXPECT_EQ(prompter.shown[0].icon, Icon::Critical);
-        EXPECT_EQ(window.steps, std::vector<std::string>{"begin"});
+        EXPECT_EQ(window.steps, Lines{"begin"});
     }
 }
 
-TEST_F(StartupTest, APlainFileNamedFailsafeDbCountsAsTheFolder) {
+// A plain file named "failsafe db" satisfies the lookup; the settings are read over
+// fresh defaults and the target of an earlier run is forgotten.
+TEST_F(StartupTest, TakesAnExistingDataFolderAsItIs) {
     setDataHome(dir_ / "xdg");
+    const std::string data = dir_ / "xdg/Kelvane/Veskor/";
     dir_.write("xdg/Kelvane/Veskor/failsafe db", "");
-    ASSERT_EQ(start(), StartupResult::Continue);
-    EXPECT_EQ(state_.data.failsafeDBpath, dir_ / "xdg/Kelvane/Veskor/failsafe db/");
-    EXPECT_EQ(state_.data.appDataPath, dir_ / "xdg/Kelvane/Veskor/");
-}
-
-TEST_F(StartupTest, StartsFromTheDefaultsAndReadsTheSettingsFile) {
-    setDataHome(dir_ / "xdg");
     dir_.write("xdg/Kelvane/Veskor/config.dat", "[Veskor 1.9]\r\nBgColor=3\r\n");
     state_.options = Options{5, 5, 5, 5, 5, 5, 5};
     state_.target = TargetPaths{"/old/a.txt", "a.txt", "/old/", "/old/00_index.txt"};
     state_.targetFileDesc = "old";
-    ASSERT_EQ(start(), StartupResult::Continue);
-    EXPECT_EQ(state_.options.optionsBgColor, 3);
+    ASSERT_EQ(start(program_), StartupResult::Continue);
+    EXPECT_EQ(state_.data.failsafeDBpath, data + "failsafe db/");
     EXPECT_EQ(window_.bgColorSeen, 3);
     EXPECT_EQ(state_.options.optionsCreate00index, 1);
-    EXPECT_EQ(state_.options.optionsDefaultGUIFont, 0);
-    EXPECT_EQ(state_.target.targetFileFullPathname, "");
-    EXPECT_EQ(state_.target.indexFile, "");
+    EXPECT_EQ(state_.target.targetFileFullPathname + state_.target.indexFile, "");
     EXPECT_EQ(state_.targetFileDesc, "");
-    EXPECT_EQ(readFileBytes(dir_ / "xdg/Kelvane/Veskor/config.dat"),
-              "[Veskor 1.9]\r\nBgColor=3\r\n");
+    EXPECT_EQ(readFileBytes(data + "config.dat"), "[Veskor 1.9]\r\nBgColor=3\r\n");
 }
 
 TEST_F(StartupTest, EndsWhenTheSettingsFileCannotBeProcessed) {
     setDataHome(dir_ / "xdg");
     dir_.mkdir("xdg/Kelvane/Veskor/config.dat");
-    EXPECT_EQ(start(), StartupResult::EndProgram);
-    EXPECT_EQ(prompter_.texts(),
-              (std::vector<std::string>{
-                  "Error: Cannot re-create the configuration settings file.  Permissions issue?",
-                  "Error: Cannot process the configuration settings file.  Permissions issue?"}));
-    EXPECT_EQ(window_.steps, (std::vector<std::string>{"begin", "clear"}));
+    EXPECT_EQ(start(program_), StartupResult::EndProgram);
+    EXPECT_EQ(
+        prompter_.texts(),
+        (Lines{"Error: Cannot re-create the configuration settings file.  Permissions issue?",
+               "Error: Cannot process the configuration settings file.  Permissions issue?"}));
+    EXPECT_EQ(window_.steps, (Lines{"begin", "clear"}));
 }
 
 }  // namespace

@@ -11,50 +11,41 @@ using Lines = std::vector<std::string>;
 Lines readAll(const std::string& path) {
     LineReader reader(path);
     Lines lines;
-    std::string line;
-    while (reader.next(line))
+    for (std::string line; reader.next(line);)
         lines.push_back(line);
     return lines;
 }
 
-Lines splitAll(std::string_view text) {
-    Lines lines;
-    for (auto line : splitLines(text))
-        lines.emplace_back(line);
-    return lines;
-}
-
-struct Case {
-    const char* name;
-    std::string bytes;
-    Lines expected;
-};
-
-const Case kCases[] = {
-    {"crlf", "a\r\nb\r\n", {"a", "b"}},
-    {"lf", "a\nb\n", {"a", "b"}},
-    {"lone cr", "a\rb\r", {"a", "b"}},
-    {"mixed", "a\r\nb\nc\rd", {"a", "b", "c", "d"}},
-    {"no final line end", "a\r\nb", {"a", "b"}},
-    {"empty lines kept", "\r\n\r\nx\r\n", {"", "", "x"}},
-    {"cr cr lf is an empty line", "a\r\r\nb", {"a", "", "b"}},
-    {"empty file", "", {}},
-    {"only a line end", "\r\n", {""}},
-    {"nul bytes", std::string("a\0b\r\n", 5), {std::string("a\0b", 3)}},
-};
-
 }  // namespace
 
 TEST(LineReaderTest, SplitsLinesAtEveryKindOfLineEnd) {
+    struct Case {
+        const char* name;
+        std::string bytes;
+        Lines expected;
+    } const cases[] = {
+        {"crlf", "a\r\nb\r\n", {"a", "b"}},
+        {"lf", "a\nb\n", {"a", "b"}},
+        {"lone cr", "a\rb\r", {"a", "b"}},
+        {"mixed, no final line end", "a\r\nb\nc\rd", {"a", "b", "c", "d"}},
+        {"empty lines kept", "\r\n\r\nx\r\n", {"", "", "x"}},
+        {"cr cr lf is an empty line", "a\r\r\nb", {"a", "", "b"}},
+        {"empty file", "", {}},
+        {"only a line end", "\r\n", {""}},
+        {"nul bytes", std::string("a\0b\r\n", 5), {std::string("a\0b", 3)}},
+    };
     TempDir dir;
-    for (const auto& [name, bytes, expected] : kCases) {
+    for (const auto& [name, bytes, expected] : cases) {
         SCOPED_TRACE(name);
         EXPECT_EQ(readAll(dir.write("f.txt", bytes)), expected);
-        EXPECT_EQ(splitAll(bytes), expected);
+        Lines split;
+        for (auto line : splitLines(bytes))
+            split.emplace_back(line);
+        EXPECT_EQ(split, expected);
     }
 }
 
-TEST(LineReaderTest, KeepsCrLfTogetherAcrossItsReadBuffer) {
+TEST(LineReaderTest, KeepsLinesWholeAcrossItsReadBuffer) {
     TempDir dir;
     for (std::size_t at : {65535u, 65536u, 65537u, 131071u}) {
         SCOPED_TRACE(at);
@@ -62,14 +53,9 @@ TEST(LineReaderTest, KeepsCrLfTogetherAcrossItsReadBuffer) {
         EXPECT_EQ(readAll(dir.write("f.txt", first + "\r\nnext\r\n")), (Lines{first, "next"}));
         EXPECT_EQ(readAll(dir.write("f.txt", first + "\r")), (Lines{first}));
     }
-}
-
-TEST(LineReaderTest, ReadsATenMegabyteLineWithoutLineEnd) {
-    TempDir dir;
-    std::string big(10 * 1024 * 1024, 'y');
-    Lines lines = readAll(dir.write("big.txt", big));
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0].size(), big.size());
+    const Lines big = readAll(dir.write("big.txt", std::string(10 << 20, 'y')));
+    ASSERT_EQ(big.size(), 1u);
+    EXPECT_EQ(big[0].size(), 10u << 20);
 }
 
 TEST(LineReaderTest, TellsWhetherAnotherLineFollows) {

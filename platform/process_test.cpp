@@ -7,7 +7,6 @@
 
 #include "platform/folder_lock.h"
 #include "platform/lookup.h"
-#include "platform/shell_open.h"
 #include "tests/temp_dir.h"
 
 TEST(ProcessTest, StartsAProgramWithoutWaitingAndReportsOneThatCannotStart) {
@@ -21,25 +20,12 @@ TEST(ProcessTest, StartsAProgramWithoutWaitingAndReportsOneThatCannotStart) {
     EXPECT_EQ(startDetached({}), std::errc::invalid_argument);
 }
 
-TEST(ShellOpenTest, GoesThroughTheInstalledOpener) {
-    std::vector<std::string> opened;
-    ShellOpener previous = setShellOpener([&](const std::string& what) {
-        opened.push_back(what);
-        return true;
-    });
-    EXPECT_TRUE(shellOpen("/opt/veskor/help.html"));
-    EXPECT_EQ(opened, std::vector<std::string>{"/opt/veskor/help.html"});
-    setShellOpener(previous);
-}
-
 TEST(FolderLockTest, ASecondHolderWaitsAndGivesUpAfterItsTimeout) {
     TempDir dir;
-    FolderLock first;
+    FolderLock first, second, missing;
     ASSERT_FALSE(first.acquire(dir.path(), std::chrono::milliseconds(100)));
-    FolderLock second;
     EXPECT_EQ(second.acquire(dir.path(), std::chrono::milliseconds(30)), std::errc::timed_out);
     first.release();
     EXPECT_FALSE(second.acquire(dir.path(), std::chrono::milliseconds(30)));
-    FolderLock missing;
     EXPECT_TRUE(missing.acquire(dir / "missing", std::chrono::milliseconds(30)));
 }

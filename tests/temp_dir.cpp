@@ -27,9 +27,7 @@ TempDir::~TempDir() {
 
 std::string TempDir::write(std::string_view name, std::string_view bytes) const {
     std::string full = *this / name;
-    fs::create_directories(fs::path(full).parent_path());
-    std::ofstream out(full, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    writeFileBytes(full, bytes);
     return full;
 }
 
@@ -42,6 +40,12 @@ std::string TempDir::mkdir(std::string_view name) const {
 std::string readFileBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void writeFileBytes(const std::string& path, std::string_view bytes) {
+    fs::create_directories(fs::path(path).parent_path());
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 namespace {

@@ -27,6 +27,8 @@ private:
 
 // Reads a whole file; "" when it cannot be read.
 std::string readFileBytes(const std::string& path);
+// Writes a whole file, its parent folders created.
+void writeFileBytes(const std::string& path, std::string_view bytes);
 
 // Points HOME and XDG_DATA_HOME at fresh folders for the object's lifetime, so a test
 // never touches the real user's data. The previous values come back afterwards.
