@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QScreen>
 #include <QTextBlock>
@@ -15,6 +16,7 @@
 #include "core/target.h"
 #include "core/version.h"
 #include "editor/edit_commands.h"
+#include "editor/pictures.h"
 #include "editor/toolbar.h"
 #include "picker/picker_window.h"
 #include "platform/lookup.h"
@@ -24,18 +26,7 @@
 #include "update/net_grab.h"
 #include "update/update_check.h"
 
-// Resources of a static library must be pulled in by name.
-static void initEditorResources() {
-    Q_INIT_RESOURCE(editor);
-}
-
 namespace {
-
-// Pictures are read with their format named, so that no image reader is probed, and
-// only when shown: start-up time goes to what the user sees.
-QPixmap picture(const char* name) {
-    return QPixmap(QStringLiteral(":/editor/images/") + QLatin1String(name), "PNG");
-}
 
 // Text crosses between the widgets and the program here only: the program's text is
 // UTF-8 with CR LF breaks, the widgets keep "\n".
@@ -93,14 +84,14 @@ Form1::Form1(SharedState& state, Prompter& prompter, QWidget* parent)
 Form1::~Form1() = default;
 
 void Form1::buildWindow() {
-    initEditorResources();
     ui->setupUi(this);
     setFixedSize(kClientSize);
-    setWindowIcon(QIcon(picture("veskor.png")));
+    // Window managers like a large icon to scale down from.
+    setWindowIcon(QIcon(drawPicture(Picture::AppIcon, 2)));
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());
-    ui->Image1->setPixmap(picture("delete.png"));
-    ui->Image2->setPixmap(picture("logo.png"));
+    ui->Image1->setPixmap(drawPicture(Picture::Delete, devicePixelRatioF()));
+    ui->Image2->setPixmap(drawPicture(Picture::Logo, devicePixelRatioF()));
     ui->Image3->hide();
     ui->Image4->hide();
     ui->Image5->hide();
@@ -355,7 +346,8 @@ void Form1::setTargetBox(std::string_view targetPath) {
 void Form1::showOpenIcon(bool isFolder) {
     QLabel* icon = isFolder ? ui->Image3 : ui->Image4;
     if (icon->pixmap().isNull())
-        icon->setPixmap(picture(isFolder ? "open_folder.png" : "open_file.png"));
+        icon->setPixmap(drawPicture(isFolder ? Picture::OpenFolder : Picture::OpenFile,
+                                    icon->devicePixelRatioF()));
     ui->Image3->setVisible(isFolder);
     ui->Image4->setVisible(!isFolder);
 }

@@ -1,13 +1,13 @@
 #include "editor/toolbar.h"
 
-#include <QPixmap>
-
 #include <QAbstractButton>
 #include <QLabel>
 #include <QPalette>
 #include <QStringList>
 #include <QWidget>
 #include <utility>
+
+#include "editor/pictures.h"
 
 namespace {
 
@@ -98,9 +98,10 @@ void Toolbar::disableBanner() {
 }
 
 void Toolbar::showBanner() {
-    // The banner's picture is the largest one; it is read when first needed, not at start.
+    // The banner's picture is the largest one; it is drawn when first needed, not at start.
     if (m_controls.banner->pixmap().isNull())
-        m_controls.banner->setPixmap(QPixmap(QStringLiteral(":/editor/images/banner.png"), "PNG"));
+        m_controls.banner->setPixmap(
+            drawPicture(Picture::Banner, m_controls.banner->devicePixelRatioF()));
     m_controls.banner->show();
     m_controls.targetBox->hide();
     m_controls.banner->raise();
