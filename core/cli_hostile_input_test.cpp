@@ -11,13 +11,11 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <sstream>
 #include <thread>
 
-#include "core/cli.h"
 #include "platform/code_page.h"
 #include "platform/lookup.h"
-#include "tests/temp_dir.h"
+#include "tests/cli_fixture.h"
 
 extern char** environ;
 
@@ -25,28 +23,13 @@ namespace {
 
 const std::string kTenMegabytes(10 << 20, 'x');
 
-class HostileInputTest : public ::testing::Test {
+class HostileInputTest : public CliFixture {
 protected:
-    int run(std::vector<std::string> args, const std::string& input = "") {
-        std::istringstream in(input);
-        out_.str("");
-        err_.str("");
-        return runCli(args, program_.path(), {in, out_, err_});
-    }
-
     std::string dataFolder() const { return home_.dataHome() + "/Kelvane/Veskor/"; }
-    std::string failsafeFile() const { return dataFolder() + "failsafe db/ver1.7.dat"; }
     std::string indexFile() const { return docs_ / "00_index.txt"; }
     std::string record(const std::string& text) const {
-        const std::string key = upperCase(target_);
-        return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + text +
-               "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
+        return failsafeRecord(upperCase(target_), text);
     }
-
-    TempHome home_;
-    TempDir program_, docs_;
-    std::string target_ = docs_.write("plan.txt", "content");
-    std::ostringstream out_, err_;
 };
 
 // Lines of other programs and other targets pass through a save as the bytes they

@@ -7,40 +7,17 @@
 
 #include <csignal>
 #include <cstdio>
-#include <sstream>
 
 #include "platform/code_page.h"
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
-#include "tests/temp_dir.h"
+#include "tests/cli_fixture.h"
 
 extern char** environ;
 
 namespace {
 
-std::string failsafeFileOf(const TempHome& home) {
-    return home.dataHome() + "/Kelvane/Veskor/failsafe db/ver1.7.dat";
-}
-
-std::string record(const std::string& key, const std::string& text) {
-    return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + text +
-           "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
-}
-
-class CliTest : public ::testing::Test {
-protected:
-    int run(std::vector<std::string> args, const std::string& input = "") {
-        std::istringstream in(input);
-        out_.str("");
-        err_.str("");
-        return runCli(args, program_.path(), {in, out_, err_});
-    }
-
-    TempHome home_;
-    TempDir program_, docs_;
-    std::string target_ = docs_.write("plan.txt", "content");
-    std::ostringstream out_, err_;
-};
+using CliTest = CliFixture;
 
 TEST_F(CliTest, SetThenGetGivesTheTextBackWithUnixLineBreaks) {
     ASSERT_EQ(run({"set", target_, "First line\nSecond"}), 0) << err_.str();
@@ -128,7 +105,7 @@ TEST(CliProcessTest, ConcurrentSavesKeepEveryRecord) {
     TempDir docs;
     std::string db;
     for (int i = 0; i < 50000; ++i)
-        db += record(upperCase(docs / ("old" + std::to_string(i))), "record");
+        db += failsafeRecord(upperCase(docs / ("old" + std::to_string(i))), "record");
     writeFileBytes(failsafeFileOf(home), db);
     std::vector<pid_t> children;
     for (int i = 0; i < 12; ++i) {
@@ -157,7 +134,7 @@ TEST(CliProcessTest, ASaveKilledAtAnyStepLeavesEachFileOldOrNew) {
     std::string oldDb = readFileBytes(db),
                 oldIndex = readFileBytes(index) + "kept.txt     body\r\n";
     for (int i = 0; i < 4000; ++i) {
-        oldDb += record("/OTHER/FILE" + std::to_string(i), "record");
+        oldDb += failsafeRecord("/OTHER/FILE" + std::to_string(i), "record");
         oldIndex += "             continued " + std::to_string(i) + "\r\n";
     }
     auto restoreOld = [&] {

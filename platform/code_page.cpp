@@ -111,6 +111,22 @@ std::size_t characterLength(std::string_view utf8, std::size_t pos) {
     return len == 0 ? 1 : len;
 }
 
+// Calls visit(sequence, code) for every valid UTF-8 sequence, and visit(byte, nullopt)
+// for every byte that is not part of one.
+template <typename Visit>
+void forEachCharacter(std::string_view text, Visit visit) {
+    for (std::size_t pos = 0; pos < text.size();) {
+        char32_t code = 0;
+        std::size_t len = utf8Sequence(text, pos, code);
+        if (len == 0) {
+            visit(text.substr(pos++, 1), std::nullopt);
+        } else {
+            visit(text.substr(pos, len), std::optional<char32_t>(code));
+            pos += len;
+        }
+    }
+}
+
 locale_t utf8Locale() {
     static locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     return locale;
@@ -121,16 +137,12 @@ locale_t utf8Locale() {
 std::string decodeFileText(std::string_view bytes) {
     std::string out;
     out.reserve(bytes.size());
-    for (std::size_t pos = 0; pos < bytes.size();) {
-        char32_t code = 0;
-        std::size_t len = utf8Sequence(bytes, pos, code);
-        if (len > 0) {
-            out.append(bytes.substr(pos, len));
-            pos += len;
-            continue;
-        }
-        out += decodeWindows1252(bytes.substr(pos++, 1));
-    }
+    forEachCharacter(bytes, [&](std::string_view sequence, std::optional<char32_t> code) {
+        if (code)
+            out.append(sequence);
+        else
+            out += decodeWindows1252(sequence);
+    });
     return out;
 }
 
@@ -155,23 +167,18 @@ std::string_view charactersFrom(std::string_view utf8, std::size_t start) {
 std::string upperCase(std::string_view utf8) {
     std::string out;
     out.reserve(utf8.size());
-    for (std::size_t pos = 0; pos < utf8.size();) {
-        char32_t code = 0;
-        std::size_t len = utf8Sequence(utf8, pos, code);
-        if (len == 0) {
-            out += utf8[pos++];
-            continue;
-        }
-        pos += len;
-        if (code < 0x80) {
-            out += static_cast<char>(code >= 'a' && code <= 'z' ? code - 32 : code);
+    forEachCharacter(utf8, [&](std::string_view sequence, std::optional<char32_t> code) {
+        if (!code) {
+            out += sequence;
+        } else if (*code < 0x80) {
+            out += static_cast<char>(*code >= 'a' && *code <= 'z' ? *code - 32 : *code);
         } else {
             locale_t locale = utf8Locale();
-            auto upper = locale ? ::towupper_l(static_cast<wint_t>(code), locale)
-                                : static_cast<wint_t>(code);
+            auto upper = locale ? ::towupper_l(static_cast<wint_t>(*code), locale)
+                                : static_cast<wint_t>(*code);
             appendUtf8(out, static_cast<char32_t>(upper));
         }
-    }
+    });
     return out;
 }
 
