@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/editor_state.h"
 #include "core/prompter.h"
@@ -99,6 +100,8 @@ private:
     void buildWindow();
     void connectControls();
     void applyDesignLook();
+    std::vector<QWidget*> themedControls() const;
+    std::vector<QWidget*> shadedControls() const;
 
     // Start-up after the target is known; the picker continues here too.
     void waitForPickedTarget();

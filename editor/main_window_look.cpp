@@ -62,15 +62,9 @@ void Form1::applyDesignLook() {
     setTextColour(ui->Label4, QColor(0, 128, 0));
     const QColor yellow(255, 255, 128), grey(0xE0, 0xE0, 0xE0);
     paint(this, yellow);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Label2), static_cast<QWidget*>(ui->Label3),
-                       static_cast<QWidget*>(ui->Label4), static_cast<QWidget*>(ui->Label5),
-                       static_cast<QWidget*>(ui->Label6), static_cast<QWidget*>(ui->Text1),
-                       static_cast<QWidget*>(ui->Text2)})
+    for (QWidget* w : themedControls())
         paint(w, yellow);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                       static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Command1),
-                       static_cast<QWidget*>(ui->Command2), static_cast<QWidget*>(ui->Command3),
-                       static_cast<QWidget*>(ui->Command4), static_cast<QWidget*>(ui->Command5)}) {
+    for (QWidget* w : shadedControls()) {
         paint(w, grey);
         w->setCursor(Qt::PointingHandCursor);
     }
@@ -86,16 +80,21 @@ void Form1::applyBackgroundColor() {
     QPalette palette = this->palette();
     palette.setColor(QPalette::Window, theme);
     setPalette(palette);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Label5), static_cast<QWidget*>(ui->Text2),
-                       static_cast<QWidget*>(ui->Label3), static_cast<QWidget*>(ui->Label6),
-                       static_cast<QWidget*>(ui->Text1), static_cast<QWidget*>(ui->Label2),
-                       static_cast<QWidget*>(ui->Label4)})
+    for (QWidget* w : themedControls())
         paint(w, theme);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                       static_cast<QWidget*>(ui->Command5), static_cast<QWidget*>(ui->Command3),
-                       static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Command1),
-                       static_cast<QWidget*>(ui->Command2), static_cast<QWidget*>(ui->Command4)})
+    for (QWidget* w : shadedControls())
         paint(w, shade);
+}
+
+// The labels and text boxes, which take the theme colour itself.
+std::vector<QWidget*> Form1::themedControls() const {
+    return {ui->Label5, ui->Text2, ui->Label3, ui->Label6, ui->Text1, ui->Label2, ui->Label4};
+}
+
+// The buttons, lists and check box, which take the theme colour darkened by 0x0A0A0A.
+std::vector<QWidget*> Form1::shadedControls() const {
+    return {ui->Combo1, ui->Combo2,   ui->Command5, ui->Command3,
+            ui->Check1, ui->Command1, ui->Command2, ui->Command4};
 }
 
 void Form1::adjustGUIforDPI() {
