@@ -9,11 +9,7 @@
 
 namespace {
 
-constexpr std::uint32_t kCodePageId = 1;
-constexpr std::uint32_t kTitleId = 2;
-constexpr std::uint32_t kSubjectId = 3;
-constexpr std::uint32_t kCommentsId = 6;
-constexpr std::uint32_t kCreatedId = 12;
+constexpr std::uint32_t kTitleId = 2, kSubjectId = 3, kCommentsId = 6, kCreatedId = 12;
 
 struct Property {
     std::uint32_t id;
@@ -38,12 +34,6 @@ std::string le32(std::uint64_t v) {
     return out;
 }
 
-std::string i2(unsigned v) {
-    return le32(2) + le32(v);
-}
-std::string filetime(std::uint64_t t) {
-    return le32(0x40) + le32(t) + le32(t >> 32);
-}
 // A VT_LPSTR whose Size field is `size`, the bytes zero-padded to it.
 std::string lpstr(std::string_view bytes, std::uint32_t size) {
     std::string value = le32(0x1E) + le32(size) + std::string(bytes);
@@ -53,13 +43,13 @@ std::string lpstr(std::string_view bytes, std::uint32_t size) {
 const std::string kEmptyLpstr = lpstr("", 4);
 // "Wide" as VT_LPWSTR, a type that the update cannot keep.
 const std::string kWide = fromHex("1F 00 00 00 05 00 00 00 57 00 69 00 64 00 65 00 00 00 00 00");
+const Property kCreated{kCreatedId, le32(0x40) + le32(0x5678'9ABC) + le32(0x01D9'1234)};
 Property codePage(unsigned page) {
-    return {kCodePageId, i2(page)};
+    return {1, le32(2) + le32(page)};
 }
 Property comments(std::string value) {
     return {kCommentsId, std::move(value)};
 }
-const Property kLocale{0x80000000, le32(0x13) + le32(0x409)};
 
 // A stream with the documented header and one section holding `properties`.
 std::string propertySet(const std::vector<Property>& properties, Layout layout) {
@@ -73,63 +63,48 @@ std::string propertySet(const std::vector<Property>& properties, Layout layout) 
            le32(properties.size()) + table + std::string(gap, '\0') + values;
 }
 
-TEST(SummaryInfoCodecTest, FreshStreamsAreTheDocumentedBytes) {
+// A fresh set as we write it: CodePage, Locale, Comments.
+std::string fresh(unsigned page, const std::string& commentsValue) {
+    return propertySet(
+        {codePage(page), {0x80000000, le32(0x13) + le32(0x409)}, comments(commentsValue)},
+        Layout::Ours);
+}
+
+TEST(SummaryInfoCodecTest, FreshStreamsAreExactAndAnUpdateBuildsTheSame) {
     const std::string header =
         "FE FF 00 00 05 01 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"
         "01 00 00 00 E0 85 9F F2 F9 4F 68 10 AB 91 08 00 2B 27 B3 D9 30 00 00 00";
     const std::string codePageAndLocale = "02 00 00 00 E4 04 00 00 13 00 00 00 09 04 00 00";
     struct Row {
-        std::string description, hex;
-    } rows[] = {
-        {"abc", header + "44 00 00 00 03 00 00 00 01 00 00 00 28 00 00 00 00 00 00 80 30 00 00 00" +
-                    "06 00 00 00 38 00 00 00 00 00 00 00 00 00 00 00" + codePageAndLocale +
-                    "1E 00 00 00 04 00 00 00 61 62 63 00"},  // 116 bytes
-        {"", header + "30 00 00 00 02 00 00 00 01 00 00 00 20 00 00 00 00 00 00 80 28 00 00 00" +
-                 "00 00 00 00 00 00 00 00" + codePageAndLocale},  // 96 bytes
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.description);
-        std::string stream = createSummaryInfo(row.description);
-        EXPECT_EQ(stream, fromHex(row.hex));
-        EXPECT_EQ(readSummaryInfoDesc(stream), row.description);
-        EXPECT_EQ(updateSummaryInfo(createSummaryInfo("abc"), row.description), stream);
-    }
-}
-
-TEST(SummaryInfoCodecTest, FreshCommentsCountTerminatorAndPaddingInTheirCodePage) {
-    std::string lines;
-    for (int i = 0; i < 10000; ++i)
-        lines += "x\r\n";
-    struct Row {
         const char* name;
-        std::string description;
-        unsigned codePage;
-        std::string comments;
+        std::string description, stream;
     } rows[] = {
-        {"one character", "a", 1252, lpstr("a", 4)},
-        {"seven characters", "abcdefg", 1252, lpstr("abcdefg", 8)},
-        {"four bytes: the zero needs a second block", "a\r\nb", 1252, lpstr("a\r\nb", 8)},
-        {"Windows-1252", "caf\xC3\xA9", 1252, lpstr("caf\xE9", 8)},
-        {"beyond Windows-1252", "\xCE\xA9 \xE2\x82\xAC", 65001, lpstr("\xCE\xA9 \xE2\x82\xAC", 8)},
-        {"30000 bytes", lines, 1252, lpstr(lines, 30004)},
+        {"116 bytes", "abc",
+         fromHex(header +
+                 "44 00 00 00 03 00 00 00 01 00 00 00 28 00 00 00 00 00 00 80 30 00 00 00" +
+                 "06 00 00 00 38 00 00 00 00 00 00 00 00 00 00 00" + codePageAndLocale +
+                 "1E 00 00 00 04 00 00 00 61 62 63 00")},
+        {"96 bytes: no Comments", "",
+         fromHex(header +
+                 "30 00 00 00 02 00 00 00 01 00 00 00 20 00 00 00 00 00 00 80 28 00 00 00" +
+                 "00 00 00 00 00 00 00 00" + codePageAndLocale)},
+        {"Windows-1252", "caf\xC3\xA9", fresh(1252, lpstr("caf\xE9", 8))},
+        {"beyond Windows-1252", "\xCE\xA9 \xE2\x82\xAC",
+         fresh(65001, lpstr("\xCE\xA9 \xE2\x82\xAC", 8))},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        std::string stream = createSummaryInfo(row.description);
-        EXPECT_EQ(stream, propertySet({codePage(row.codePage), kLocale, comments(row.comments)},
-                                      Layout::Ours));
-        EXPECT_EQ(readSummaryInfoDesc(stream), row.description);
-        EXPECT_EQ(readSummaryInfoDesc(updateSummaryInfo(createSummaryInfo("old"), row.description)),
-                  row.description);
+        EXPECT_EQ(createSummaryInfo(row.description), row.stream);
+        EXPECT_EQ(readSummaryInfoDesc(row.stream), row.description);
+        EXPECT_EQ(updateSummaryInfo(createSummaryInfo("old"), row.description), row.stream);
     }
 }
 
 TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
-    const Property plan{kTitleId, lpstr("Plan", 5)},
-        created{kCreatedId, filetime(0x01D9'1234'5678'9ABCull)};
+    const Property plan{kTitleId, lpstr("Plan", 5)};
     const Property ansiTitle{kTitleId, lpstr("caf\xE9", 5)},
         utf8Title{kTitleId, lpstr("caf\xC3\xA9", 8)};
-    const Property omega = comments(lpstr("\xCE\xA9", 4)), text = comments(lpstr("text", 8));
+    const Property omega = comments(lpstr("\xCE\xA9", 4));
     struct Row {
         const char* name;
         std::vector<Property> before;
@@ -137,23 +112,17 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
         std::vector<Property> after;
     } rows[] = {
         {"another program's set: Comments first, a wide string",
-         {comments(lpstr("old text", 9)), plan, created, {kSubjectId, kWide}},
+         {comments(lpstr("old text", 9)), plan, kCreated, {kSubjectId, kWide}},
          "new",
-         {plan, created, {kSubjectId, kEmptyLpstr}, comments(lpstr("new", 4))}},
-        {"no Comments and no text",
-         {{kTitleId, kWide}, created},
-         "",
-         {{kTitleId, kEmptyLpstr}, created}},
-        {"wide Comments", {codePage(1252), comments(kWide)}, "text", {codePage(1252), text}},
-        {"no CodePage, text that fits Windows-1252", {ansiTitle}, "text", {ansiTitle, text}},
+         {plan, kCreated, {kSubjectId, kEmptyLpstr}, comments(lpstr("new", 4))}},
         {"declared 1252, text beyond it: the set turns UTF-8",
          {codePage(1252), ansiTitle},
          "\xCE\xA9",
          {codePage(65001), utf8Title, omega}},
         {"no CodePage, text beyond Windows-1252",
-         {ansiTitle, created},
+         {ansiTitle, kCreated},
          "\xCE\xA9",
-         {codePage(65001), utf8Title, created, omega}},
+         {codePage(65001), utf8Title, kCreated, omega}},
         {"UTF-16 set",
          {codePage(1200)},
          "Gr\xC3\xBC\xC3\x9F\xCE\xA9",
@@ -163,14 +132,6 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
          {codePage(932)},
          "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E",
          {codePage(932), comments(fromHex("1E 00 00 00 08 00 00 00 93 FA 96 7B 8C EA 00 00"))}},
-        {"UTF-8 set, even for text that fits Windows-1252",
-         {codePage(65001)},
-         "\xC3\xA9",
-         {codePage(65001), comments(lpstr("\xC3\xA9", 4))}},
-        {"page unknown to iconv",
-         {codePage(4711)},
-         "\xC3\xA9",
-         {codePage(4711), comments(lpstr("\xE9", 4))}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -191,14 +152,11 @@ TEST(SummaryInfoCodecTest, UnrecognisedStreamsAreLeftAloneAndReadEmpty) {
         std::string stream;
     } rows[] = {
         {"empty", ""},
-        {"cut inside the header", sound.substr(0, 30)},
         {"cut before NumProperties", sound.substr(0, 52)},
         {"version 1", patched(0, "FE FF 01 00")},
-        {"other byte order", patched(0, "FF FE 00 00")},
         {"two sections", patched(24, "02 00 00 00")},
         {"section not at 48", patched(44, "34 00 00 00")},
         {"no properties", patched(52, "00 00 00 00")},
-        {"text", "not a property set at all, just words and more words......"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -207,39 +165,29 @@ TEST(SummaryInfoCodecTest, UnrecognisedStreamsAreLeftAloneAndReadEmpty) {
     }
 }
 
-TEST(SummaryInfoCodecTest, ReaderTakesTheTextUpToTheFirstZero) {
+TEST(SummaryInfoCodecTest, ReaderTakesTheTextUpToTheFirstZeroWithinSize) {
     struct Row {
         const char* name;
         std::string comments, expected;
     } rows[] = {
         {"zero in the middle", fromHex("1E 00 00 00 08 00 00 00 61 62 00 64 65 66 00 00"), "ab"},
         {"no zero within Size", fromHex("1E 00 00 00 03 00 00 00 61 62 63 64 00 00 00 00"), "abc"},
-        {"Size 0", fromHex("1E 00 00 00 00 00 00 00 61 62 63 00"), ""},
-        {"Size beyond the stream", fromHex("1E 00 00 00 FF FF FF 7F 61 62"), "ab"},
-        {"Size cut short", fromHex("1E 00 00 00 08 00"), ""},
         {"wide string", kWide, ""},
-        {"integer", fromHex("03 00 00 00 07 00 00 00"), ""},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        std::string stream = propertySet({{kCommentsId, row.comments}}, Layout::Foreign);
+        std::string stream = propertySet({comments(row.comments)}, Layout::Foreign);
         EXPECT_EQ(readSummaryInfoDesc(stream), row.expected);
     }
 }
 
-TEST(SummaryInfoCodecTest, TableEntriesOutsideTheStreamAreDroppedOrEmptied) {
+TEST(SummaryInfoCodecTest, ValuesOutsideTheStreamAreEmptied) {
     std::string stream =
         propertySet({{kTitleId, lpstr("Plan", 5)}, comments(lpstr("x", 2))}, Layout::Foreign);
     stream.replace(56 + 4, 4, fromHex("00 00 00 80"));  // Title's offset: 2^31
     stream.replace(56 + 12, 4, fromHex("FF FF FF FF"));
     EXPECT_EQ(readSummaryInfoDesc(stream), "");
     EXPECT_EQ(updateSummaryInfo(stream, ""), propertySet({{kTitleId, kEmptyLpstr}}, Layout::Ours));
-
-    stream.replace(52, 4, fromHex("FF FF FF 7F"));  // NumProperties far beyond the stream
-    stream.resize(64);
-    std::string updated = updateSummaryInfo(stream, "abc");
-    EXPECT_EQ(updated.substr(52, 4), le32(2)) << "the one entry present, then Comments";
-    EXPECT_EQ(readSummaryInfoDesc(updated), "abc");
 }
 
 TEST(SummaryInfoCodecTest, SharedValuesDoNotMultiplyTheStream) {

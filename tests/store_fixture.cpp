@@ -1,6 +1,5 @@
 #include "tests/store_fixture.h"
 
-#include "platform/code_page.h"
 #include "platform/xattr.h"
 #include "stores/ntfs_streams.h"
 #include "stores/summary_info_codec.h"
@@ -24,10 +23,6 @@ void StoreFixture::setTarget(const std::string& relative) {
     t.indexFile = t.indexFilePath + "00_index.txt";
 }
 
-void StoreFixture::putExported(const std::string& text) {
-    dir_.write(target().substr(dir_.path().size()) + ".description", text + "\r\n");
-}
-
 void StoreFixture::putOldStream(const std::string& text) {
     ASSERT_EQ(replaceStream(target(), "description", text), StreamStatus::Ok);
 }
@@ -40,22 +35,9 @@ void StoreFixture::putSummary(const std::string& text) {
 void StoreFixture::putIndexEntry(const std::string& text) {
     std::string name = state_.target.targetFile;
     name.resize(13, ' ');
-    dir_.write(state_.target.indexFile.substr(dir_.path().size()), name + text + "\r\n");
-}
-
-void StoreFixture::putFailsafeRecord(const std::string& lines) {
-    dir_.write(failsafeFile().substr(dir_.path().size()),
-               beginLine() + "\r\n" + lines + endLine() + "\r\n");
+    write(state_.target.indexFile, name + text + "\r\n");
 }
 
 std::string StoreFixture::summaryText() const {
     return readNTFSDesc(target());
-}
-
-std::string StoreFixture::beginLine() const {
-    return "Veskor failsafe DB 1.7 BEGIN " + upperCase(target());
-}
-
-std::string StoreFixture::endLine() const {
-    return "Veskor failsafe DB 1.7 END " + upperCase(target());
 }
