@@ -1,8 +1,6 @@
 #include "stores/failsafe_db.h"
 
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -115,35 +113,6 @@ TEST_F(FailsafeDBTest, FailuresShowTheirMessageAndKeepTheOldDatabase) {
         EXPECT_EQ(prompter_.shown[0].icon, Icon::Critical);
         EXPECT_EQ(db(), old);
     }
-}
-
-// Copies of the program saving at once, each its own targets, against one database.
-TEST_F(FailsafeDBTest, ConcurrentSavesKeepEveryRecord) {
-    constexpr int kWriters = 12, kSavesEach = 8;
-    std::vector<pid_t> children;
-    for (int w = 0; w < kWriters; ++w) {
-        pid_t pid = ::fork();
-        if (pid == 0) {
-            int failed = 0;
-            for (int s = 0; s < kSavesEach; ++s)
-                failed +=
-                    save("/w" + std::to_string(w), "save " + std::to_string(s)) != WriteResult::Ok;
-            ::_exit(failed);
-        }
-        children.push_back(pid);
-    }
-    for (pid_t pid : children) {
-        int status = 0;
-        ASSERT_EQ(::waitpid(pid, &status, 0), pid);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    }
-    std::size_t expectedSize = 0;
-    for (int w = 0; w < kWriters; ++w) {
-        const std::string last = "save " + std::to_string(kSavesEach - 1) + "\r\n";
-        EXPECT_EQ(read("/W" + std::to_string(w)), last) << "writer " << w;
-        expectedSize += record("/W" + std::to_string(w), last).size();
-    }
-    EXPECT_EQ(db().size(), expectedSize);
 }
 
 }  // namespace
