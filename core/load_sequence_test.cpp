@@ -49,10 +49,8 @@ TEST_F(LoadSequenceTest, OpensAFolderForEditingLikeAFile) {
     loadDescription(state_, editor_);
     EXPECT_EQ(editor_.text(), "an old folder\r\n");
     EXPECT_EQ(editor_.caption, "Old - Veskor");
-    EXPECT_EQ(editor_.targetBox, target());
     EXPECT_EQ(editor_.openIcon, "folder");
     EXPECT_TRUE(editor_.updateEnabled() && editor_.cancelEnabled && editor_.optionsEnabled);
-    EXPECT_EQ(editor_.timerInterval, 1000);
 }
 
 TEST_F(LoadSequenceTest, ShortensLongNamesInTheCaption) {

@@ -28,15 +28,13 @@ class SaveSequenceTest : public StoreFixture {
 protected:
     SaveSequenceTest() { editor_.setCancelEnabled(true); }
 
-    // Saves `text` with a fresh prompter that gives `answers`; its boxes land in shown_.
+    // Saves `text` with a fresh prompter that gives `answers`.
     SaveOutcome save(const std::string& text, std::deque<Answer> answers = {}) {
-        ScriptedPrompter prompter;
-        prompter.answers = std::move(answers);
+        prompter_ = ScriptedPrompter();
+        prompter_.answers = std::move(answers);
         editor_.setText(text);
         editor_.setUpdateEnabled(true);
-        const SaveOutcome outcome = Command1_Click(state_, editor_, prompter);
-        shown_ = prompter.texts();
-        return outcome;
+        return Command1_Click(state_, editor_, prompter_);
     }
     void expectBackInEditing() {
         EXPECT_EQ(editor_.updateCaption, "Update [F10]");
@@ -52,8 +50,6 @@ protected:
              {failsafeFile(), target() + ".description", state_.target.indexFile})
             std::remove(path.c_str());
     }
-
-    Texts shown_;
 };
 
 TEST_F(SaveSequenceTest, DoesNothingWhileTheUpdateButtonIsDisabled) {
@@ -69,7 +65,7 @@ TEST_F(SaveSequenceTest, AnEmptyBoxDeletesEverywhereOnlyAfterYes) {
     putSummary("old");
     editor_.setUpdateBold(true);
     EXPECT_EQ(save(""), SaveOutcome::ReturnedToEditing);
-    EXPECT_EQ(shown_, Texts{"Delete existing description?"});
+    EXPECT_EQ(prompter_.texts(), Texts{"Delete existing description?"});
     EXPECT_EQ(failsafe(), record("old\r\n"));
     EXPECT_TRUE(editor_.updateBold());
     expectBackInEditing();
@@ -89,7 +85,7 @@ TEST_F(SaveSequenceTest, WritesEveryEnabledStoreBlankingOnlyTheFullMarkerTexts) 
     EXPECT_EQ(exported(), blanked + blanked2);
     EXPECT_EQ(index(), "plan.txt     " + blanked + "             " + blanked2);
     EXPECT_EQ(summaryText(), typed);
-    EXPECT_EQ(shown_, Texts{});
+    EXPECT_EQ(prompter_.texts(), Texts{});
 }
 
 // Saving writes nothing; deleting removes only the exported file.
@@ -100,8 +96,9 @@ TEST_F(SaveSequenceTest, AVanishedTargetEndsWithoutStoring) {
         putFailsafeRecord("kept\r\n");
         std::remove(target().c_str());
         EXPECT_EQ(save(text, {Answer::Yes}), SaveOutcome::EndedWithoutStoring);
-        EXPECT_EQ(shown_, Texts{text.empty() ? "Delete existing description?"
-                                             : "Error: Target appears to no longer exist."});
+        EXPECT_EQ(prompter_.texts(),
+                  Texts{text.empty() ? "Delete existing description?"
+                                     : "Error: Target appears to no longer exist."});
         EXPECT_EQ(exportedExists(), !text.empty());
         EXPECT_EQ(failsafe(), record("kept\r\n"));
         EXPECT_FALSE(indexExists());
@@ -126,7 +123,7 @@ TEST_F(SaveSequenceTest, StopsAtTheFirstStoreThatFailsAndKeepsWhatWasWritten) {
         editor_.setExportChecked(true);
         EXPECT_EQ(save("new text"), SaveOutcome::ReturnedToEditing);
         ::rmdir(blocker.c_str());
-        EXPECT_EQ(shown_, Texts{message});
+        EXPECT_EQ(prompter_.texts(), Texts{message});
         EXPECT_EQ(fileExists(failsafeFile()), failsafeWritten);
         EXPECT_EQ(exportedExists(), exportedWritten);
         EXPECT_FALSE(indexExists());
@@ -160,7 +157,7 @@ TEST_F(SaveSequenceTest, FallsBackWhenTheStreamsCannotBeWritten) {
         state_.options.optionsCreateExpDescNonNTFS = exportNonNtfs;
         editor_.setExportChecked(boxTicked);
         EXPECT_EQ(save(kTooLongForTheStreams, {answer}), outcome);
-        EXPECT_EQ(shown_, index == 0 ? Texts{kNtfsWarning} : Texts{});
+        EXPECT_EQ(prompter_.texts(), index == 0 ? Texts{kNtfsWarning} : Texts{});
         EXPECT_EQ(editor_.exportChecked(), boxTicked || exportNonNtfs == 1);
         EXPECT_EQ(exportedExists(), boxTicked || exportNonNtfs == 1);
         EXPECT_EQ(indexExists(), index == 1);
@@ -172,7 +169,7 @@ TEST_F(SaveSequenceTest, AFailingFallbackExportReturnsToEditing) {
     state_.options.optionsCreate00index = state_.options.optionsCreateExpDescNonNTFS = 1;
     dir_.mkdir("docs/plan.txt.description");
     EXPECT_EQ(save(kTooLongForTheStreams), SaveOutcome::ReturnedToEditing);
-    EXPECT_EQ(shown_, Texts{kExportError});
+    EXPECT_EQ(prompter_.texts(), Texts{kExportError});
     EXPECT_TRUE(indexExists());
     expectBackInEditing();
 }
