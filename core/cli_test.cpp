@@ -79,24 +79,18 @@ TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndMessage) {
         "veskor-cli: the description holds a NUL byte, which the file's metadata cannot keep.\n";
     const std::string no = "Veskor: Delete existing description? [answered No]\n";
     const std::string root = "Veskor: You cannot create descriptions for the root folder.\n";
-    struct Row {
-        const char* name;
-        std::vector<std::string> args;
-        std::string input;
-        int exitCode;
-        std::string err;
-    } const rows[] = {
-        {"nothing stored yet", {"get", target_}, "", 3, "Description not found\n"},
-        {"deleting, answered No", {"set", target_, ""}, "", 1, no},
-        {"30000 characters", {"set", target_, n30000}, "", 0, ""},
-        {"30001 characters", {"set", target_, "x" + n30000}, "", 64, tooLong},
-        {"a NUL byte", {"set", target_}, std::string("before\0after", 12), 64, nul},
-        {"root folder", {"get", docs_.path()}, "", 2, root},
+    const std::tuple<const char*, std::vector<std::string>, int, std::string> rows[] = {
+        {"nothing stored yet", {"get", target_}, 3, "Description not found\n"},
+        {"deleting, answered No", {"set", target_, ""}, 1, no},
+        {"30000 characters", {"set", target_, n30000}, 0, ""},
+        {"30001 characters", {"set", target_, "x" + n30000}, 64, tooLong},
+        {"a NUL byte", {"set", target_, std::string("before\0after", 12)}, 64, nul},
+        {"root folder", {"get", docs_.path()}, 2, root},
     };
-    for (const auto& [name, args, input, exitCode, err] : rows) {
+    for (const auto& [name, args, exitCode, err] : rows) {
         SCOPED_TRACE(name);
         std::remove(failsafeFile().c_str());
-        EXPECT_EQ(run(args, input), exitCode);
+        EXPECT_EQ(run(args), exitCode);
         EXPECT_EQ(err_.str(), err);
         EXPECT_EQ(fileExists(failsafeFile()), exitCode == 0);
     }

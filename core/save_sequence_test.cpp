@@ -136,13 +136,8 @@ TEST_F(SaveSequenceTest, StopsAtTheFirstStoreThatFailsAndKeepsWhatWasWritten) {
 // had the exported file written.
 TEST_F(SaveSequenceTest, FallsBackWhenTheStreamsCannotBeWritten) {
     using enum SaveOutcome;
-    struct Row {
-        const char* name;
-        int index, exportNonNtfs;
-        bool boxTicked;
-        Answer answer;  // to the warning, when it comes
-        SaveOutcome outcome;
-    } const rows[] = {
+    // optionsCreate00index, optionsCreateExpDescNonNTFS, export box, answer to the warning
+    const std::tuple<const char*, int, int, bool, Answer, SaveOutcome> rows[] = {
         {"exported file and index stand in", 1, 1, false, Answer::No, Stored},
         {"index stands in", 1, 0, false, Answer::No, Stored},
         {"nothing else, user goes on", 0, 0, false, Answer::Yes, EndedWithoutStoring},

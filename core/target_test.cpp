@@ -38,10 +38,8 @@ TEST_F(TargetTest, ResolvesTheArgumentToTheTargetPaths) {
     std::string accented = "/";  // 243 characters
     while (accented.size() < 485)
         accented += "\xC3\xA9";
-    struct Row {
-        const char* name;
-        std::string argument, fullPath, file;
-    } const rows[] = {
+    // name, argument, full path, file
+    const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
         {"quotes at both ends", "\"/docs/Plan.txt\"", "/docs/Plan.txt", "Plan.txt"},
         {"quote at the end only", "/docs/Plan.txt\"", "/docs/Plan.txt", "Plan.txt"},
         {"exported file names its owner", "/docs/Plan.txt.DeScRiPtIoN", "/docs/Plan.txt",
