@@ -98,13 +98,15 @@ TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndMessage) {
     EXPECT_EQ(run({"get"}), 64);
 }
 
+// Its lines are shown as every file of the program is read: not UTF-8 means Windows-1252.
 TEST_F(CliTest, AMissingTargetShowsItsExportedFileAndNeverSaves) {
-    docs_.write("gone.txt.description", "kept text\r\nline two\r\n");
+    const std::string exported = "First\nSecond caf\xE9\r\nThird";
+    docs_.write("gone.txt.description", exported);
     const std::string gone = docs_ / "gone.txt";
     EXPECT_EQ(run({"set", gone, "new"}), 2);
-    EXPECT_EQ(out_.str(), "kept text\nline two\n");
+    EXPECT_EQ(out_.str(), "First\nSecond caf\xC3\xA9\nThird\n");
     EXPECT_EQ(err_.str(), "Veskor: Error: file not found.\n\"" + gone + "\"\n");
-    EXPECT_EQ(readFileBytes(gone + ".description"), "kept text\r\nline two\r\n");
+    EXPECT_EQ(readFileBytes(gone + ".description"), exported);
     EXPECT_FALSE(fileExists(failsafeFile()));
 }
 

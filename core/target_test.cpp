@@ -107,11 +107,4 @@ TEST_F(TargetTest, DerivesTheFolderPathsOfAnExistingTarget) {
     EXPECT_TRUE(prompter_.shown.empty());
 }
 
-TEST_F(TargetTest, ShowsTheExportedFileOfAMissingTargetForReading) {
-    dir_.write("Gone.txt.description", "First\nSecond caf\xe9\r\nThird");
-    EXPECT_EQ(acceptAndCheck(dir_ / "Gone.txt"), ExistenceResult::ReadingState);
-    expectRefusedWith(prompter_, "Error: file not found.\r\n\"" + dir_ / "Gone.txt" + "\"");
-    EXPECT_EQ(reading_, "First\r\nSecond caf\xc3\xa9\r\nThird\r\n");
-}
-
 }  // namespace
