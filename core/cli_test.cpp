@@ -1,68 +1,113 @@
+// veskor-cli run in-process on a target "plan.txt" in a temporary home, and as a real
+// process where a test needs several at once, or kills or races one mid-save.
 #include "core/cli.h"
 
+#include <fcntl.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
+#include <sstream>
+#include <thread>
 
 #include "platform/code_page.h"
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
-#include "tests/cli_fixture.h"
+#include "tests/temp_dir.h"
 
 extern char** environ;
 
 namespace {
 
-using CliTest = CliFixture;
+const std::string kTenMegabytes(10 << 20, 'x');
 
-TEST_F(CliTest, SetThenGetGivesTheTextBackWithUnixLineBreaks) {
-    ASSERT_EQ(run({"set", target_, "First line\nSecond"}), 0) << err_.str();
-    EXPECT_EQ(run({"get", target_}), 0);
-    EXPECT_EQ(out_.str(), "First line\nSecond");
-    EXPECT_EQ(err_.str(), "Loaded from NTFS\n");
+// A failsafe record as the database keeps it; `key` is the upper-cased path.
+std::string failsafeRecord(const std::string& key, const std::string& text) {
+    return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + text +
+           "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
 }
 
-TEST_F(CliTest, GetPipedIntoSetChangesNothing) {
-    ASSERT_EQ(run({"set", "--export", target_, "one\ntwo"}), 0) << err_.str();
-    const std::string exported = readFileBytes(target_ + ".description");
-    const std::string failsafe = readFileBytes(failsafeFileOf(home_));
-    std::remove(target_.c_str());
-    docs_.write("plan.txt", "content");  // no streams: the exported file is read
+class CliTest : public ::testing::Test {
+protected:
+    // Runs veskor-cli with the arguments and standard input into out_ and err_.
+    int run(std::vector<std::string> args, const std::string& input = "") {
+        std::istringstream in(input);
+        out_.str("");
+        err_.str("");
+        return runCli(args, program_.path(), {in, out_, err_});
+    }
+    std::string failsafeFile() const { return failsafeFolder() + "/ver1.7.dat"; }
+    std::string failsafeFolder() const { return home_.dataHome() + "/Kelvane/Veskor/failsafe db"; }
+    std::string indexFile() const { return docs_ / "00_index.txt"; }
+    std::string record(const std::string& text) const {
+        return failsafeRecord(upperCase(target_), text);
+    }
+
+    TempHome home_;
+    TempDir program_, docs_;
+    std::string target_ = docs_.write("plan.txt", "content");
+    std::ostringstream out_, err_;
+};
+
+// Standard input loses one final line break; bytes that are not UTF-8 are read as
+// Windows-1252 and a lone CR is a line break, as in every store.
+TEST_F(CliTest, RoundTripsAndGetPipedIntoSetChangesNothing) {
+    ASSERT_EQ(run({"set", "--export", target_}, "caf\xE9 \x80\rSecond\n"), 0) << err_.str();
     ASSERT_EQ(run({"get", target_}), 0);
+    EXPECT_EQ(out_.str(), "caf\xC3\xA9 \xE2\x82\xAC\nSecond\n");
     EXPECT_EQ(err_.str(), "Loaded from exported description\n");
+    const std::string exported = readFileBytes(target_ + ".description");
+    const std::string failsafe = readFileBytes(failsafeFile());
     ASSERT_EQ(run({"set", "--export", target_}, out_.str()), 0) << err_.str();
     EXPECT_EQ(readFileBytes(target_ + ".description"), exported);
-    EXPECT_EQ(readFileBytes(failsafeFileOf(home_)), failsafe);
+    EXPECT_EQ(readFileBytes(failsafeFile()), failsafe);
 }
 
-TEST_F(CliTest, ReportsEachOutcomeWithItsExitCode) {
-    EXPECT_EQ(run({"get", target_}), 3);
-    EXPECT_EQ(err_.str(), "Description not found\n");
-    EXPECT_EQ(run({"set", target_, ""}), 1);
-    EXPECT_EQ(err_.str(), "Veskor: Delete existing description? [answered No]\n");
-    EXPECT_EQ(run({"set", "--yes", target_, ""}), 0);
-    // A line break counts two characters, as CR LF.
-    EXPECT_EQ(run({"set", target_, std::string(29998, 'x') + "\nx"}), 64);
-    EXPECT_EQ(run({"set", target_, std::string(29997, 'x') + "\nx"}), 0);
-    EXPECT_EQ(run({"get", docs_.path()}), 2);
-    EXPECT_EQ(err_.str(), "Veskor: You cannot create descriptions for the root folder.\n");
+// A refused text (exit 64) reaches no store.
+TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndMessage) {
+    const std::string n30000 = std::string(29997, 'x') + "\nx";  // a line break counts 2
+    const std::string tooLong =
+        "veskor-cli: the description has 30001 characters (line breaks count 2); at most "
+        "30000 fit.\n";
+    const std::string nul =
+        "veskor-cli: the description holds a NUL byte, which the file's metadata cannot keep.\n";
+    const std::string no = "Veskor: Delete existing description? [answered No]\n";
+    const std::string root = "Veskor: You cannot create descriptions for the root folder.\n";
+    const std::tuple<const char*, std::vector<std::string>, int, std::string> rows[] = {
+        {"nothing stored yet", {"get", target_}, 3, "Description not found\n"},
+        {"deleting, answered No", {"set", target_, ""}, 1, no},
+        {"30000 characters", {"set", target_, n30000}, 0, ""},
+        {"30001 characters", {"set", target_, "x" + n30000}, 64, tooLong},
+        {"a NUL byte", {"set", target_, std::string("before\0after", 12)}, 64, nul},
+        {"root folder", {"get", docs_.path()}, 2, root},
+    };
+    for (const auto& [name, args, exitCode, err] : rows) {
+        SCOPED_TRACE(name);
+        std::remove(failsafeFile().c_str());
+        EXPECT_EQ(run(args), exitCode);
+        EXPECT_EQ(err_.str(), err);
+        EXPECT_EQ(fileExists(failsafeFile()), exitCode == 0);
+    }
     EXPECT_EQ(run({"frobnicate", target_}), 64);
     EXPECT_EQ(run({"get"}), 64);
-    EXPECT_EQ(run({"--help"}), 0);
 }
 
+// Its lines are shown as every file of the program is read: not UTF-8 means Windows-1252.
 TEST_F(CliTest, AMissingTargetShowsItsExportedFileAndNeverSaves) {
-    docs_.write("gone.txt.description", "kept text\r\nline two\r\n");
+    const std::string exported = "First\nSecond caf\xE9\r\nThird";
+    docs_.write("gone.txt.description", exported);
     const std::string gone = docs_ / "gone.txt";
     EXPECT_EQ(run({"set", gone, "new"}), 2);
-    EXPECT_EQ(out_.str(), "kept text\nline two\n");
+    EXPECT_EQ(out_.str(), "First\nSecond caf\xC3\xA9\nThird\n");
     EXPECT_EQ(err_.str(), "Veskor: Error: file not found.\n\"" + gone + "\"\n");
-    EXPECT_EQ(readFileBytes(gone + ".description"), "kept text\r\nline two\r\n");
-    EXPECT_FALSE(fileExists(failsafeFileOf(home_)));
+    EXPECT_EQ(readFileBytes(gone + ".description"), exported);
+    EXPECT_FALSE(fileExists(failsafeFile()));
 }
 
 TEST_F(CliTest, ListsWhatEachStoreHolds) {
@@ -73,8 +118,47 @@ TEST_F(CliTest, ListsWhatEachStoreHolds) {
                               "== old stream (user.description)\n  (nothing)\n"
                               "== summary stream (user.\\005SummaryInformation)\n  hello\n"
                               "== folder index (" +
-                              docs_.path() + "00_index.txt)\n  hello\n== failsafe database (" +
-                              failsafeFileOf(home_) + ")\n  hello\n");
+                              indexFile() + ")\n  hello\n== failsafe database (" + failsafeFile() +
+                              ")\n  hello\n");
+}
+
+// Other targets' lines pass through a save as the bytes they were, only a missing line
+// end added; in the index, head lines of missing items are pruned unless last.
+TEST_F(CliTest, ASaveKeepsForeignBytesInTheDatabaseAndTheIndex) {
+    const std::string binary("a\0\xC3\x28\xFF", 5);
+    for (const std::string& file : {failsafeFile(), indexFile()})
+        writeFileBytes(file, binary + "\rtwo\n" + kTenMegabytes);  // the last line unended
+    EXPECT_EQ(run({"stores", target_}), 0);
+    ASSERT_EQ(run({"set", target_, "new"}), 0) << err_.str();
+    EXPECT_TRUE(readFileBytes(failsafeFile()) ==
+                record("new") + binary + "\r\ntwo\r\n" + kTenMegabytes + "\r\n");
+    EXPECT_TRUE(readFileBytes(indexFile()) == "plan.txt     new\r\n" + kTenMegabytes + "\r\n");
+}
+
+// Settings without their header are replaced by the defaults (an index made); a file
+// with its header is read as it is (no index).
+TEST_F(CliTest, SettingsOfAnyBytesAreReadOrReplacedByTheDefaults) {
+    const std::string settings = home_.dataHome() + "/Kelvane/Veskor/config.dat";
+    const std::string noHeader("\0\xFF[Veskor 1.9]\0", 15),
+        tenMbValue = "[Veskor 1.9]\rBgColor=" + kTenMegabytes + "\rCreate00index=0";
+    for (const std::string& bytes : {noHeader, tenMbValue}) {
+        const bool replaced = bytes == noHeader;
+        SCOPED_TRACE(replaced ? "no header, NUL and non-UTF-8" : "10 MB value, lone CRs");
+        std::remove(indexFile().c_str());
+        writeFileBytes(settings, bytes);
+        ASSERT_EQ(run({"set", target_, "text"}), 0) << err_.str();
+        EXPECT_EQ(readFileBytes(settings) != bytes, replaced);
+        EXPECT_EQ(fileExists(indexFile()), replaced);
+    }
+}
+
+TEST_F(CliTest, AnAwkwardTargetNameRoundTrips) {
+    const std::string target = docs_.write("my \"plan\" r\xC3\xA9sum\xC3\xA9.txt", "x");
+    ASSERT_EQ(run({"set", target, "text"}), 0) << err_.str();
+    EXPECT_EQ(readFileBytes(indexFile()),
+              "\"my \"plan\" r\xC3\xA9sum\xC3\xA9.txt\"\r\n             text\r\n");
+    ASSERT_EQ(run({"get", target}), 0);
+    EXPECT_EQ(out_.str(), "text");
 }
 
 // Starts the real veskor-cli, `extraEnv` ("NAME=value") added to the environment.
@@ -100,21 +184,19 @@ int waitFor(pid_t pid) {
     return status;
 }
 
-TEST(CliProcessTest, ConcurrentSavesKeepEveryRecord) {
-    TempHome home;
-    TempDir docs;
+TEST_F(CliTest, ConcurrentSavesKeepEveryRecord) {
     std::string db;
     for (int i = 0; i < 50000; ++i)
-        db += failsafeRecord(upperCase(docs / ("old" + std::to_string(i))), "record");
-    writeFileBytes(failsafeFileOf(home), db);
+        db += failsafeRecord(upperCase(docs_ / ("old" + std::to_string(i))), "record");
+    writeFileBytes(failsafeFile(), db);
     std::vector<pid_t> children;
     for (int i = 0; i < 12; ++i) {
         const std::string n = std::to_string(i);
-        children.push_back(startCli({"set", docs.write("new" + n, "x"), "text " + n}));
+        children.push_back(startCli({"set", docs_.write("new" + n, "x"), "text " + n}));
     }
     for (pid_t pid : children)
         EXPECT_EQ(waitFor(pid), 0);
-    LineReader reader(failsafeFileOf(home));
+    LineReader reader(failsafeFile());
     int begins = 0;
     for (std::string line; reader.next(line);)
         begins += line.rfind("Veskor failsafe DB 1.7 BEGIN ", 0) == 0;
@@ -123,27 +205,21 @@ TEST(CliProcessTest, ConcurrentSavesKeepEveryRecord) {
 
 // A save killed right after any step that changes a file on disk leaves the failsafe
 // database and the index each in its old or its new version, byte for byte.
-TEST(CliProcessTest, ASaveKilledAtAnyStepLeavesEachFileOldOrNew) {
-    TempHome home;
-    TempDir docs;
-    const std::string target = docs.write("plan.txt", "x");
-    docs.write("kept.txt", "x");
-    ASSERT_EQ(waitFor(startCli({"set", target, "old text"})), 0);
-    const std::string db = failsafeFileOf(home), index = docs / "00_index.txt";
+TEST_F(CliTest, ASaveKilledAtAnyStepLeavesEachFileOldOrNew) {
+    docs_.write("kept.txt", "x");
     // Large enough that each file is written in several pieces.
-    std::string oldDb = readFileBytes(db),
-                oldIndex = readFileBytes(index) + "kept.txt     body\r\n";
+    std::string oldDb = record("old text"), oldIndex = "plan.txt     old\r\nkept.txt     body\r\n";
     for (int i = 0; i < 4000; ++i) {
         oldDb += failsafeRecord("/OTHER/FILE" + std::to_string(i), "record");
         oldIndex += "             continued " + std::to_string(i) + "\r\n";
     }
     auto restoreOld = [&] {
-        writeFileBytes(db, oldDb);
-        writeFileBytes(index, oldIndex);
+        writeFileBytes(failsafeFile(), oldDb);
+        writeFileBytes(indexFile(), oldIndex);
     };
     restoreOld();
-    ASSERT_EQ(waitFor(startCli({"set", target, "new text"})), 0);
-    const std::string newDb = readFileBytes(db), newIndex = readFileBytes(index);
+    ASSERT_EQ(run({"set", target_, "new text"}), 0);
+    const std::string newDb = readFileBytes(failsafeFile()), newIndex = readFileBytes(indexFile());
     ASSERT_TRUE(newDb != oldDb && newIndex != oldIndex);
 
     int kills = 0;
@@ -152,8 +228,9 @@ TEST(CliProcessTest, ASaveKilledAtAnyStepLeavesEachFileOldOrNew) {
         SCOPED_TRACE("killed after step " + std::to_string(step));
         restoreOld();
         const int status = waitFor(startCli(
-            {"set", target, "new text"}, "VESKOR_TEST_STOP_AFTER_WRITES=" + std::to_string(step)));
-        const std::string dbNow = readFileBytes(db), indexNow = readFileBytes(index);
+            {"set", target_, "new text"}, "VESKOR_TEST_STOP_AFTER_WRITES=" + std::to_string(step)));
+        const std::string dbNow = readFileBytes(failsafeFile()),
+                          indexNow = readFileBytes(indexFile());
         if (WIFEXITED(status)) {
             EXPECT_EQ(WEXITSTATUS(status), 0);
             EXPECT_TRUE(dbNow == newDb && indexNow == newIndex);
@@ -167,6 +244,31 @@ TEST(CliProcessTest, ASaveKilledAtAnyStepLeavesEachFileOldOrNew) {
     }
     EXPECT_GE(kills, 12);
     EXPECT_TRUE(sawNewDbWithOldIndex);
+}
+
+// The target vanishes after the save has checked it and before it reaches the file's
+// metadata: the text still ends up in the file stores, the exported file standing in
+// for the metadata.
+TEST_F(CliTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) {
+    std::filesystem::create_directories(failsafeFolder());
+    // Hold the database's lock, so that the save waits inside its first store.
+    const int lock = ::open(failsafeFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+    const pid_t pid = startCli({"set", target_, "kept text"});
+    // The save is past its existence check once it has the folder open for the lock.
+    const std::string fds = "/proc/" + std::to_string(pid) + "/fd";
+    for (bool waiting = false; !waiting;) {
+        std::error_code ec;
+        for (const auto& fd : std::filesystem::directory_iterator(fds, ec))
+            waiting = waiting || std::filesystem::read_symlink(fd.path(), ec) == failsafeFolder();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    std::remove(target_.c_str());
+    ::close(lock);
+    EXPECT_EQ(waitFor(pid), 0);
+    EXPECT_EQ(readFileBytes(target_ + ".description"), "kept text\r\n");
+    EXPECT_EQ(readFileBytes(failsafeFile()), record("kept text"));
+    EXPECT_EQ(readFileBytes(indexFile()), "plan.txt     kept text\r\n");
 }
 
 }  // namespace

@@ -26,26 +26,25 @@ const std::string kTooLongForTheStreams(6000, 'L');
 
 class SaveSequenceTest : public StoreFixture {
 protected:
-    SaveSequenceTest() {
-        editor_.setUpdateEnabled(true);
-        editor_.setCancelEnabled(true);
-    }
+    SaveSequenceTest() { editor_.setCancelEnabled(true); }
 
-    SaveOutcome save(const std::string& text, Prompter& prompter) {
+    // Saves `text` with a fresh prompter that gives `answers`.
+    SaveOutcome save(const std::string& text, std::deque<Answer> answers = {}) {
+        prompter_ = ScriptedPrompter();
+        prompter_.answers = std::move(answers);
         editor_.setText(text);
-        return Command1_Click(state_, editor_, prompter);
+        editor_.setUpdateEnabled(true);
+        return Command1_Click(state_, editor_, prompter_);
     }
-    SaveOutcome save(const std::string& text) { return save(text, prompter_); }
-
     void expectBackInEditing() {
         EXPECT_EQ(editor_.updateCaption, "Update [F10]");
         EXPECT_TRUE(editor_.updateEnabled() && editor_.cancelEnabled && editor_.textEnabled);
     }
-
     std::string record(const std::string& lines) const {
         return beginLine() + "\r\n" + lines + endLine() + "\r\n";
     }
     bool exportedExists() const { return fileExists(target() + ".description"); }
+    bool indexExists() const { return fileExists(state_.target.indexFile); }
     void removeStoreFiles() {
         for (const std::string& path :
              {failsafeFile(), target() + ".description", state_.target.indexFile})
@@ -53,102 +52,81 @@ protected:
     }
 };
 
-TEST_F(SaveSequenceTest, WritesEveryEnabledStore) {
-    editor_.setExportChecked(true);
-    EXPECT_EQ(save("First line\r\nSecond"), SaveOutcome::Stored);
-    EXPECT_EQ(failsafe(), record("First line\r\nSecond\r\n"));
-    EXPECT_EQ(exported(), "First line\r\nSecond\r\n");
-    EXPECT_EQ(index(), "plan.txt     First line\r\n             Second\r\n");
-    EXPECT_EQ(summaryText(), "First line\r\nSecond");
-    EXPECT_TRUE(prompter_.shown.empty());
-}
-
 TEST_F(SaveSequenceTest, DoesNothingWhileTheUpdateButtonIsDisabled) {
-    editor_.setUpdateEnabled(false);
-    EXPECT_EQ(save("text"), SaveOutcome::NotRun);
+    editor_.setText("text");
+    EXPECT_EQ(Command1_Click(state_, editor_, prompter_), SaveOutcome::NotRun);
     EXPECT_FALSE(fileExists(failsafeFile()));
 }
 
-TEST_F(SaveSequenceTest, AnEmptyBoxAsksBeforeDeleting) {
-    editor_.setUpdateBold(true);
-    EXPECT_EQ(save(""), SaveOutcome::ReturnedToEditing);
-    EXPECT_EQ(prompter_.texts(), Texts{"Delete existing description?"});
-    EXPECT_EQ(prompter_.shown[0].buttons, Buttons::YesNo);
-    EXPECT_FALSE(fileExists(failsafeFile()));
-    EXPECT_TRUE(editor_.updateBold());
-    expectBackInEditing();
-}
-
-TEST_F(SaveSequenceTest, DeletingRemovesTheEntriesAndEmptiesTheStreams) {
+TEST_F(SaveSequenceTest, AnEmptyBoxDeletesEverywhereOnlyAfterYes) {
     putExported("old");
     putIndexEntry("old");
     putFailsafeRecord("old\r\n");
     putSummary("old");
-    prompter_.answers = {Answer::Yes};
-    EXPECT_EQ(save(""), SaveOutcome::Stored);
-    EXPECT_FALSE(exportedExists() || fileExists(state_.target.indexFile));
-    EXPECT_EQ(failsafe(), "");
-    EXPECT_EQ(summaryText(), "");
+    editor_.setUpdateBold(true);
+    EXPECT_EQ(save(""), SaveOutcome::ReturnedToEditing);
+    EXPECT_EQ(prompter_.texts(), Texts{"Delete existing description?"});
+    EXPECT_EQ(failsafe(), record("old\r\n"));
+    EXPECT_TRUE(editor_.updateBold());
+    expectBackInEditing();
+    EXPECT_EQ(save("", {Answer::Yes}), SaveOutcome::Stored);
+    EXPECT_FALSE(exportedExists() || indexExists());
+    EXPECT_EQ(failsafe() + summaryText(), "");
 }
 
-TEST_F(SaveSequenceTest, BlanksOnlyTheFullMarkerTextsAndOnlyOutsideTheStreams) {
+// Every store gets the text; the failsafe markers are blanked, but not in the streams.
+TEST_F(SaveSequenceTest, WritesEveryEnabledStoreBlankingOnlyTheFullMarkerTexts) {
     editor_.setExportChecked(true);
     const std::string typed =
-        "a veskor FAILSAFE db 1.7 begin b Veskor failsafe DB 1.7 END c failsafe DB 1.7 END";
-    const std::string blanked = "a   b   c failsafe DB 1.7 END";
+        "a veskor FAILSAFE db 1.7 begin b\r\nVeskor failsafe DB 1.7 END c failsafe DB 1.7 END";
+    const std::string blanked = "a   b\r\n", blanked2 = "  c failsafe DB 1.7 END\r\n";
     EXPECT_EQ(save(typed), SaveOutcome::Stored);
-    EXPECT_EQ(failsafe(), record(blanked + "\r\n"));
-    EXPECT_EQ(exported(), blanked + "\r\n");
-    EXPECT_EQ(index(), "plan.txt     " + blanked + "\r\n");
+    EXPECT_EQ(failsafe(), record(blanked + blanked2));
+    EXPECT_EQ(exported(), blanked + blanked2);
+    EXPECT_EQ(index(), "plan.txt     " + blanked + "             " + blanked2);
     EXPECT_EQ(summaryText(), typed);
+    EXPECT_EQ(prompter_.texts(), Texts{});
 }
 
-// Saving (flag 0) writes nothing; deleting (flag 1) removes only the exported file.
+// Saving writes nothing; deleting removes only the exported file.
 TEST_F(SaveSequenceTest, AVanishedTargetEndsWithoutStoring) {
     for (const std::string text : {"text", ""}) {
         SCOPED_TRACE(text.empty() ? "deleting" : "saving");
         putExported("orphan");
         putFailsafeRecord("kept\r\n");
         std::remove(target().c_str());
-        editor_.setUpdateEnabled(true);
-        ScriptedPrompter prompter;
-        prompter.answers = {Answer::Yes};
-        EXPECT_EQ(save(text, prompter), SaveOutcome::EndedWithoutStoring);
-        EXPECT_EQ(prompter.texts(),
+        EXPECT_EQ(save(text, {Answer::Yes}), SaveOutcome::EndedWithoutStoring);
+        EXPECT_EQ(prompter_.texts(),
                   Texts{text.empty() ? "Delete existing description?"
                                      : "Error: Target appears to no longer exist."});
         EXPECT_EQ(exportedExists(), !text.empty());
         EXPECT_EQ(failsafe(), record("kept\r\n"));
-        EXPECT_FALSE(fileExists(state_.target.indexFile));
+        EXPECT_FALSE(indexExists());
     }
 }
 
 // Each store fails for real: a folder stands where its file must be written.
 TEST_F(SaveSequenceTest, StopsAtTheFirstStoreThatFailsAndKeepsWhatWasWritten) {
-    struct Case {
-        const char* blocker;
-        std::string message;
-        bool failsafeWritten, exportedWritten;
-    } const cases[] = {
+    const std::string indexError =
+        "Error: Problem while updating '00_index.txt' file.\r\n(You can disable '00_index.txt' "
+        "creation in Options.)";
+    const std::tuple<const char*, std::string, bool, bool> rows[] = {
+        // blocked file, message, failsafe written, exported written
         {"data/failsafe db/ver1.7.dat", "Error: Problem while updating filesafe DB.", false, false},
         {"docs/plan.txt.description", kExportError, true, false},
-        {"docs/00_index.txt",
-         "Error: Problem while updating '00_index.txt' file.\r\n(You can disable '00_index.txt' "
-         "creation in Options.)",
-         true, true},
+        {"docs/00_index.txt", indexError, true, true},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.blocker);
+    for (const auto& [blocked, message, failsafeWritten, exportedWritten] : rows) {
+        SCOPED_TRACE(blocked);
         removeStoreFiles();
-        const std::string blocker = dir_.mkdir(c.blocker);
+        const std::string blocker = dir_.mkdir(blocked);
         editor_.setExportChecked(true);
-        ScriptedPrompter prompter;
-        EXPECT_EQ(save("new text", prompter), SaveOutcome::ReturnedToEditing);
+        EXPECT_EQ(save("new text"), SaveOutcome::ReturnedToEditing);
         ::rmdir(blocker.c_str());
-        EXPECT_EQ(prompter.texts(), Texts{c.message});
-        EXPECT_EQ(fileExists(failsafeFile()), c.failsafeWritten);
-        EXPECT_EQ(exportedExists(), c.exportedWritten);
-        EXPECT_FALSE(fileExists(state_.target.indexFile));
+        EXPECT_EQ(prompter_.texts(), Texts{message});
+        EXPECT_EQ(fileExists(failsafeFile()), failsafeWritten);
+        EXPECT_EQ(exportedExists(), exportedWritten);
+        EXPECT_FALSE(indexExists());
         EXPECT_EQ(summaryText(), "");
         expectBackInEditing();
     }
@@ -158,35 +136,26 @@ TEST_F(SaveSequenceTest, StopsAtTheFirstStoreThatFailsAndKeepsWhatWasWritten) {
 // had the exported file written.
 TEST_F(SaveSequenceTest, FallsBackWhenTheStreamsCannotBeWritten) {
     using enum SaveOutcome;
-    struct Case {
-        const char* name;
-        int index, exportNonNtfs;
-        bool boxTicked;
-        Answer answer;  // to the warning, when it comes
-        SaveOutcome outcome;
-        bool warned;
-    } const cases[] = {
-        {"exported file and index stand in", 1, 1, false, Answer::No, Stored, false},
-        {"index stands in", 1, 0, false, Answer::No, Stored, false},
-        {"nothing else, user goes on", 0, 0, false, Answer::Yes, EndedWithoutStoring, true},
-        {"nothing else, user stays", 0, 0, false, Answer::No, ReturnedToEditing, true},
-        {"nothing else, box closed", 0, 0, false, Answer::Cancel, ReturnedToEditing, true},
-        {"export box ticked, user goes on", 0, 0, true, Answer::Yes, EndedWithoutStoring, true},
+    // optionsCreate00index, optionsCreateExpDescNonNTFS, export box, answer to the warning
+    const std::tuple<const char*, int, int, bool, Answer, SaveOutcome> rows[] = {
+        {"exported file and index stand in", 1, 1, false, Answer::No, Stored},
+        {"index stands in", 1, 0, false, Answer::No, Stored},
+        {"nothing else, user goes on", 0, 0, false, Answer::Yes, EndedWithoutStoring},
+        {"nothing else, user stays", 0, 0, false, Answer::No, ReturnedToEditing},
+        {"nothing else, box closed", 0, 0, false, Answer::Cancel, ReturnedToEditing},
+        {"export box ticked, user goes on", 0, 0, true, Answer::Yes, EndedWithoutStoring},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, index, exportNonNtfs, boxTicked, answer, outcome] : rows) {
+        SCOPED_TRACE(name);
         removeStoreFiles();
-        state_.options.optionsCreate00index = c.index;
-        state_.options.optionsCreateExpDescNonNTFS = c.exportNonNtfs;
-        editor_.setExportChecked(c.boxTicked);
-        editor_.setUpdateEnabled(true);
-        ScriptedPrompter prompter;
-        prompter.answers = {c.answer};
-        EXPECT_EQ(save(kTooLongForTheStreams, prompter), c.outcome);
-        EXPECT_EQ(prompter.texts(), c.warned ? Texts{kNtfsWarning} : Texts{});
-        EXPECT_EQ(editor_.exportChecked(), c.boxTicked || c.exportNonNtfs == 1);
-        EXPECT_EQ(exportedExists(), c.boxTicked || c.exportNonNtfs == 1);
-        EXPECT_EQ(fileExists(state_.target.indexFile), c.index == 1);
+        state_.options.optionsCreate00index = index;
+        state_.options.optionsCreateExpDescNonNTFS = exportNonNtfs;
+        editor_.setExportChecked(boxTicked);
+        EXPECT_EQ(save(kTooLongForTheStreams, {answer}), outcome);
+        EXPECT_EQ(prompter_.texts(), index == 0 ? Texts{kNtfsWarning} : Texts{});
+        EXPECT_EQ(editor_.exportChecked(), boxTicked || exportNonNtfs == 1);
+        EXPECT_EQ(exportedExists(), boxTicked || exportNonNtfs == 1);
+        EXPECT_EQ(indexExists(), index == 1);
         EXPECT_EQ(failsafe(), record(kTooLongForTheStreams + "\r\n"));
     }
 }
@@ -196,7 +165,7 @@ TEST_F(SaveSequenceTest, AFailingFallbackExportReturnsToEditing) {
     dir_.mkdir("docs/plan.txt.description");
     EXPECT_EQ(save(kTooLongForTheStreams), SaveOutcome::ReturnedToEditing);
     EXPECT_EQ(prompter_.texts(), Texts{kExportError});
-    EXPECT_TRUE(fileExists(state_.target.indexFile));
+    EXPECT_TRUE(indexExists());
     expectBackInEditing();
 }
 

@@ -34,116 +34,89 @@ public:
 
 class StartupTest : public ::testing::Test {
 protected:
-    StartupResult start(const std::string& program) {
-        return runStartup(state_, {program, appDataFolder()}, prompter_, window_);
+    StartupResult start(const std::string& program, const std::string& dataHome) {
+        return runStartup(state_, {program, dataHome}, prompter_, window_);
     }
-    void setDataHome(const std::string& path) { setenv("XDG_DATA_HOME", path.c_str(), 1); }
-    // A data home below a regular file: nothing can be created there.
-    void blockDataHome() { setDataHome(dir_.write("blocker", "") + "/data"); }
 
     TempHome home_;
     TempDir dir_;
-    std::string program_ = dir_.mkdir("program");  // without its trailing "/"
+    std::string program_ = dir_.mkdir("program");                // without its trailing "/"
+    std::string blocked_ = dir_.write("blocker", "") + "/data";  // nothing can be made there
     SharedState state_;
     ScriptedPrompter prompter_;
     RecordingWindow window_;
 };
 
-TEST_F(StartupTest, FirstStartCreatesTheDataFolderAndTheDefaultSettings) {
-    setDataHome(dir_ / "xdg/data");  // not there yet, nor is ~/.local/share
-    ASSERT_EQ(start(program_), StartupResult::Continue);
-    const std::string data = dir_ / "xdg/data/Kelvane/Veskor/";
+TEST_F(StartupTest, FirstStartCreatesAPrivateDataFolderAndTheDefaultSettings) {
+    ASSERT_EQ(start(program_, appDataFolder()), StartupResult::Continue);
+    const std::string data = home_.dataHome() + "/Kelvane/Veskor/";
     EXPECT_EQ(state_.data.appPath, program_ + "/");
     EXPECT_EQ(state_.data.appDataPath, data);
-    EXPECT_EQ(state_.data.failsafeDBpath, data + "failsafe db/");
-    EXPECT_EQ(state_.data.configFile, data + "config.dat");
     EXPECT_TRUE(IsADirectory(data + "failsafe db"));
     EXPECT_EQ(readFileBytes(data + "config.dat"), kDefaultFile);
-    EXPECT_FALSE(entryExists(program_ + "/failsafe db") || entryExists(home_.dataHome()));
+    struct stat st {};
+    ASSERT_EQ(::stat(home_.dataHome().c_str(), &st), 0);  // ~/.local/share made here
+    EXPECT_EQ(st.st_mode & 0777, 0700u);
+    EXPECT_FALSE(entryExists(program_ + "/failsafe db"));
     EXPECT_TRUE(prompter_.shown.empty());
     EXPECT_EQ(window_.steps, (Lines{"begin", "clear", "settings"}));
 }
 
-TEST_F(StartupTest, FreshAccountGetsAPrivateDataFolderUnderHome) {
-    ASSERT_EQ(start(program_), StartupResult::Continue);
-    EXPECT_EQ(state_.data.appDataPath, home_.dataHome() + "/Kelvane/Veskor/");
-    struct stat st {};
-    ASSERT_EQ(::stat(home_.dataHome().c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0700u);
-}
-
 TEST_F(StartupTest, RunsPortableWhenNoDataFolderCanBeHad) {
-    for (const bool homeUnset : {false, true}) {
-        SCOPED_TRACE(homeUnset ? "no data home and no home" : "data home below a file");
-        if (homeUnset) {
-            unsetenv("XDG_DATA_HOME");
-            unsetenv("HOME");
-        } else {
-            blockDataHome();
-        }
+    for (const std::string& dataHome : {std::string(), blocked_}) {
+        SCOPED_TRACE(dataHome.empty() ? "no data home known" : "data home below a file");
         TempDir dir;
         const std::string program = dir.mkdir("program") + "/";
-        ASSERT_EQ(start(program), StartupResult::Continue);
+        ASSERT_EQ(start(program, dataHome), StartupResult::Continue);
         EXPECT_EQ(state_.data.appDataPath, program);
-        EXPECT_EQ(state_.data.failsafeDBpath, program + "failsafe db/");
-        EXPECT_EQ(state_.data.configFile, program + "config.dat");
-        EXPECT_TRUE(IsADirectory(program + "failsafe db"));
-        EXPECT_EQ(readFileBytes(program + "config.dat"), kDefaultFile);
+        EXPECT_TRUE(IsADirectory(program + "failsafe db") && fileExists(program + "config.dat"));
         EXPECT_TRUE(prompter_.shown.empty());
-    }
-}
-
-TEST_F(StartupTest, EndsWhenThePortableFailsafeFolderCannotBeMadeEither) {
-    blockDataHome();
-    for (const bool dangling : {false, true}) {
-        SCOPED_TRACE(dangling ? "dangling link named failsafe db" : "program folder is a file");
-        TempDir dir;
-        const std::string program = dangling ? dir.mkdir("program") : dir.write("program", "");
-        if (dangling) {
-            ASSERT_EQ(symlink("/nonexistent/veskor", (program + "/failsafe db").c_str()), 0);
-        }
-        ScriptedPrompter prompter;
-        RecordingWindow window;
-        EXPECT_EQ(runStartup(state_, {program, appDataFolder()}, prompter, window),
-                  StartupResult::EndProgram);
-        ASSERT_EQ(prompter.texts(),
-                  Lines{"Error: Application data folder missing and cannot be created.  Attempted "
-                        "to run in 'portable mode'; cannot do.  Make sure write permissions are "
-                        "enabled in application folder."});
-        EXPECT_EQ(prompter.shown[0].title, "Veskor");
-        EXPECT_EQ(prompter.shown[0].icon, Icon::Critical);
-        EXPECT_EQ(window.steps, Lines{"begin"});
     }
 }
 
 // A plain file named "failsafe db" satisfies the lookup; the settings are read over
 // fresh defaults and the target of an earlier run is forgotten.
 TEST_F(StartupTest, TakesAnExistingDataFolderAsItIs) {
-    setDataHome(dir_ / "xdg");
-    const std::string data = dir_ / "xdg/Kelvane/Veskor/";
     dir_.write("xdg/Kelvane/Veskor/failsafe db", "");
     dir_.write("xdg/Kelvane/Veskor/config.dat", "[Veskor 1.9]\r\nBgColor=3\r\n");
     state_.options = Options{5, 5, 5, 5, 5, 5, 5};
     state_.target = TargetPaths{"/old/a.txt", "a.txt", "/old/", "/old/00_index.txt"};
     state_.targetFileDesc = "old";
-    ASSERT_EQ(start(program_), StartupResult::Continue);
-    EXPECT_EQ(state_.data.failsafeDBpath, data + "failsafe db/");
+    ASSERT_EQ(start(program_, dir_ / "xdg"), StartupResult::Continue);
+    EXPECT_EQ(state_.data.appDataPath, dir_ / "xdg/Kelvane/Veskor/");
     EXPECT_EQ(window_.bgColorSeen, 3);
     EXPECT_EQ(state_.options.optionsCreate00index, 1);
     EXPECT_EQ(state_.target.targetFileFullPathname + state_.target.indexFile, "");
     EXPECT_EQ(state_.targetFileDesc, "");
-    EXPECT_EQ(readFileBytes(data + "config.dat"), "[Veskor 1.9]\r\nBgColor=3\r\n");
 }
 
-TEST_F(StartupTest, EndsWhenTheSettingsFileCannotBeProcessed) {
-    setDataHome(dir_ / "xdg");
-    dir_.mkdir("xdg/Kelvane/Veskor/config.dat");
-    EXPECT_EQ(start(program_), StartupResult::EndProgram);
-    EXPECT_EQ(
-        prompter_.texts(),
-        (Lines{"Error: Cannot re-create the configuration settings file.  Permissions issue?",
-               "Error: Cannot process the configuration settings file.  Permissions issue?"}));
-    EXPECT_EQ(window_.steps, (Lines{"begin", "clear"}));
+// With the data home blocked, the program folder is the last place left.
+TEST_F(StartupTest, EndsWithItsMessageWhenNoDataFolderOrSettingsCanBeHad) {
+    const std::string noFolder =
+        "Error: Application data folder missing and cannot be created.  Attempted to run in "
+        "'portable mode'; cannot do.  Make sure write permissions are enabled in application "
+        "folder.";
+    const Lines noSettings = {
+        "Error: Cannot re-create the configuration settings file.  Permissions issue?",
+        "Error: Cannot process the configuration settings file.  Permissions issue?"};
+    ASSERT_EQ(symlink("/nonexistent/veskor", (dir_.mkdir("dangling") + "/failsafe db").c_str()), 0);
+    dir_.mkdir("settings/config.dat");
+    const std::string veskor = "Veskor", repair = "Veskor Repair Tool";
+    const std::tuple<const char*, std::string, Lines, std::string, Lines> rows[] = {
+        {"program folder is a file", dir_.write("file", ""), {noFolder}, veskor, {"begin"}},
+        {"dangling link named failsafe db", dir_ / "dangling", {noFolder}, veskor, {"begin"}},
+        {"settings file is a folder", dir_ / "settings", noSettings, repair, {"begin", "clear"}},
+    };
+    for (const auto& [name, program, texts, title, steps] : rows) {
+        SCOPED_TRACE(name);
+        prompter_.shown.clear();
+        window_.steps.clear();
+        EXPECT_EQ(start(program, blocked_), StartupResult::EndProgram);
+        ASSERT_EQ(prompter_.texts(), texts);
+        EXPECT_EQ(prompter_.shown.back().title, title);
+        EXPECT_EQ(prompter_.shown.back().icon, Icon::Critical);
+        EXPECT_EQ(window_.steps, steps);
+    }
 }
 
 }  // namespace
