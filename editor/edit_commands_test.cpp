@@ -38,7 +38,8 @@ TEST_F(EditCommandsTest, FindIgnoresCaseProposesTheSelectionAndSaysDoneAfterTheL
 
 TEST_F(EditCommandsTest, ReplaceAsksAtEachMatchAndSaysDoneOnlyAtTheEnd) {
     using enum Answer;
-    const std::string ask = "Replace? (Warning: cannot be undone)";
+    const std::string ask = "Replace? (Warning: cannot be undone)", done = "Done.";
+    const std::string remove = "Remove specified search string(s)?";
     const struct {
         const char* name;
         std::string text, find, replacement;
@@ -46,21 +47,9 @@ TEST_F(EditCommandsTest, ReplaceAsksAtEachMatchAndSaysDoneOnlyAtTheEnd) {
         std::string result;
         Texts texts;
     } kCases[] = {
-        {"a by aa in aaa", "aaa", "a", "aa", {Yes, Yes, Yes}, "aaaaaa", {ask, ask, ask, "Done."}},
-        {"Cancel keeps earlier ones",
-         "a b a\r\na",
-         "A",
-         "x",
-         {Yes, No, Cancel},
-         "x b a\r\na",
-         {ask, ask, ask}},
-        {"empty replacement",
-         "a-b",
-         "-",
-         "",
-         {Yes, Yes},
-         "ab",
-         {"Remove specified search string(s)?", ask, "Done."}},
+        {"a by aa in aaa", "aaa", "a", "aa", {Yes, Yes, Yes}, "aaaaaa", {ask, ask, ask, done}},
+        {"Cancel keeps one", "a\r\naa", "A", "b", {No, Yes, Cancel}, "a\r\nba", {ask, ask, ask}},
+        {"empty replacement", "a-b", "-", "", {Yes, Yes}, "ab", {remove, ask, done}},
     };
     for (const auto& [name, text, find, replacement, answers, result, texts] : kCases) {
         SCOPED_TRACE(name);
@@ -79,7 +68,7 @@ TEST_F(EditCommandsTest, CounterCountsBreaksAsTwoCharactersUpToTheLimit) {
     const std::string full = std::string(14999, 'x') + "\r\n" + std::string(14999, 'y');
     form_.setText(full);
     EXPECT_EQ(control<QLabel>("Label3")->text(), QStringLiteral("0 characters remaining."));
-    QTest::keyClicks(box(), QStringLiteral("yz"));
+    QTest::keyClick(box(), Qt::Key_Y);
     EXPECT_EQ(form_.text(), full);
     form_.setText("");
     EXPECT_EQ(control<QLabel>("Label3")->text(), QStringLiteral("Description is empty."));

@@ -29,12 +29,9 @@ protected:
     QPushButton* bar_ = new QPushButton(&window_);
     QLineEdit* targetBox_ = new QLineEdit(&window_);
     QLabel* banner_ = new QLabel(&window_);
-    Toolbar toolbar_{{bar_,
-                      new QPlainTextEdit(&window_),
-                      targetBox_,
-                      banner_,
-                      {new QPushButton(&window_)},
-                      [this] { return theme_; }}};
+    QPlainTextEdit* box_ = new QPlainTextEdit(&window_);
+    QPushButton* member_ = new QPushButton(&window_);
+    Toolbar toolbar_{{bar_, box_, targetBox_, banner_, {member_}, [this] { return theme_; }}};
 };
 
 TEST_F(ToolbarTest, HiddenToolbarFlashesAndShowsTheBannerFromTheSixteenthTickEvery121) {
