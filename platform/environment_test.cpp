@@ -6,30 +6,14 @@
 
 #include "tests/temp_dir.h"
 
-TEST(EnvironmentTest, FindsTheUsersDataFolder) {
+TEST(EnvironmentTest, FindsTheUsersDataFolderAndTheProgramFolder) {
     TempHome home;
-    struct Case {
-        const char* xdg;  // nullptr: unset
-        const char* home;
-        std::string expected;
-    } const cases[] = {
-        {"/data/xdg/", "/home/u", "/data/xdg"},
-        {"data", "/home/u", "/home/u/.local/share"},  // a relative path is ignored
-        {"", "/home/u/", "/home/u/.local/share"},
-        {nullptr, "/home/u", "/home/u/.local/share"},
-        {nullptr, "", ""},
-    };
-    for (const auto& [xdg, homeValue, expected] : cases) {
-        SCOPED_TRACE(expected);
-        if (xdg)
-            setenv("XDG_DATA_HOME", xdg, 1);
-        else
-            unsetenv("XDG_DATA_HOME");
-        setenv("HOME", homeValue, 1);
-        EXPECT_EQ(appDataFolder(), expected);
-    }
-    ASSERT_FALSE(programFolder().empty());
-    EXPECT_EQ(programFolder().front(), '/');
-    EXPECT_EQ(programFolder().back(), '/');
+    setenv("HOME", "/home/u/", 1);
+    setenv("XDG_DATA_HOME", "/data/xdg/", 1);
+    EXPECT_EQ(appDataFolder(), "/data/xdg");
+    setenv("XDG_DATA_HOME", "data", 1);  // a relative path is ignored
+    EXPECT_EQ(appDataFolder(), "/home/u/.local/share");
+    const std::string program = programFolder();
+    EXPECT_TRUE(program.size() > 1 && program.front() == '/' && program.back() == '/') << program;
     EXPECT_EQ(currentFolder().back(), '/');
 }

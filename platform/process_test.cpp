@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/folder_lock.h"
 #include "platform/lookup.h"
 #include "tests/temp_dir.h"
 
@@ -17,15 +16,4 @@ TEST(ProcessTest, StartsAProgramWithoutWaitingAndReportsOneThatCannotStart) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_TRUE(fileExists(marker));
     EXPECT_EQ(startDetached({"no-such-program-anywhere"}), std::errc::no_such_file_or_directory);
-    EXPECT_EQ(startDetached({}), std::errc::invalid_argument);
-}
-
-TEST(FolderLockTest, ASecondHolderWaitsAndGivesUpAfterItsTimeout) {
-    TempDir dir;
-    FolderLock first, second, missing;
-    ASSERT_FALSE(first.acquire(dir.path(), std::chrono::milliseconds(100)));
-    EXPECT_EQ(second.acquire(dir.path(), std::chrono::milliseconds(30)), std::errc::timed_out);
-    first.release();
-    EXPECT_FALSE(second.acquire(dir.path(), std::chrono::milliseconds(30)));
-    EXPECT_TRUE(missing.acquire(dir / "missing", std::chrono::milliseconds(30)));
 }

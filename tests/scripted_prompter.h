@@ -13,10 +13,12 @@
 class ScriptedPrompter : public Prompter {
 public:
     struct Shown {
-        std::string text;
-        std::string title;
+        std::string text, title;
         Buttons buttons;
         Icon icon;
+    };
+    struct Input {
+        std::string prompt, title, proposed;
     };
 
     Answer message(std::string_view text, std::string_view title, Buttons buttons,
@@ -24,21 +26,13 @@ public:
         shown.push_back({std::string(text), std::string(title), buttons, icon});
         if (buttons == Buttons::Ok)
             return Answer::Ok;
-        if (answers.empty())
-            return buttons == Buttons::YesNo ? Answer::No : Answer::Cancel;
-        Answer a = answers.front();
-        answers.pop_front();
-        return a;
+        return next(answers, buttons == Buttons::YesNo ? Answer::No : Answer::Cancel);
     }
 
     std::optional<std::string> input(std::string_view prompt, std::string_view title,
                                      std::string_view proposed) override {
         inputs.push_back({std::string(prompt), std::string(title), std::string(proposed)});
-        if (inputAnswers.empty())
-            return std::nullopt;
-        auto a = inputAnswers.front();
-        inputAnswers.pop_front();
-        return a;
+        return next(inputAnswers, std::optional<std::string>());
     }
 
     // The texts of every message box shown, in order.
@@ -49,14 +43,18 @@ public:
         return out;
     }
 
-    struct Input {
-        std::string prompt;
-        std::string title;
-        std::string proposed;
-    };
-
     std::deque<Answer> answers;
     std::deque<std::optional<std::string>> inputAnswers;
     std::vector<Shown> shown;
     std::vector<Input> inputs;
+
+private:
+    template <typename T>
+    static T next(std::deque<T>& script, T unscripted) {
+        if (script.empty())
+            return unscripted;
+        T front = std::move(script.front());
+        script.pop_front();
+        return front;
+    }
 };

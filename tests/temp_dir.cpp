@@ -16,25 +16,17 @@ TempDir::TempDir() {
 
 TempDir::~TempDir() {
     std::error_code ec;
-    // Tests make files read-only; give the owner write permission back before removing.
-    for (auto it = fs::recursive_directory_iterator(m_path, ec);
-         !ec && it != fs::recursive_directory_iterator(); it.increment(ec)) {
-        if (!it->is_symlink())
-            fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ec);
-    }
     fs::remove_all(m_path, ec);
 }
 
 std::string TempDir::write(std::string_view name, std::string_view bytes) const {
-    std::string full = *this / name;
-    writeFileBytes(full, bytes);
-    return full;
+    writeFileBytes(*this / name, bytes);
+    return *this / name;
 }
 
 std::string TempDir::mkdir(std::string_view name) const {
-    std::string full = *this / name;
-    fs::create_directories(full);
-    return full;
+    fs::create_directories(*this / name);
+    return *this / name;
 }
 
 std::string readFileBytes(const std::string& path) {
@@ -44,36 +36,29 @@ std::string readFileBytes(const std::string& path) {
 
 void writeFileBytes(const std::string& path, std::string_view bytes) {
     fs::create_directories(fs::path(path).parent_path());
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 namespace {
 
-void restore(const char* name, bool had, const std::string& value) {
-    if (had)
-        setenv(name, value.c_str(), 1);
-    else
-        unsetenv(name);
+std::optional<std::string> getEnv(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? std::optional<std::string>(value) : std::nullopt;
+}
+
+void setEnv(const char* name, const std::optional<std::string>& value) {
+    value ? setenv(name, value->c_str(), 1) : unsetenv(name);
 }
 
 }  // namespace
 
-TempHome::TempHome() {
-    if (const char* v = std::getenv("HOME")) {
-        m_hadHome = true;
-        m_oldHome = v;
-    }
-    if (const char* v = std::getenv("XDG_DATA_HOME")) {
-        m_hadXdg = true;
-        m_oldXdg = v;
-    }
-    m_dir.mkdir("home");
-    setenv("HOME", home().c_str(), 1);
-    unsetenv("XDG_DATA_HOME");
+TempHome::TempHome() : m_oldHome(getEnv("HOME")), m_oldXdg(getEnv("XDG_DATA_HOME")) {
+    setEnv("HOME", m_dir.mkdir("home"));
+    setEnv("XDG_DATA_HOME", std::nullopt);
 }
 
 TempHome::~TempHome() {
-    restore("HOME", m_hadHome, m_oldHome);
-    restore("XDG_DATA_HOME", m_hadXdg, m_oldXdg);
+    setEnv("HOME", m_oldHome);
+    setEnv("XDG_DATA_HOME", m_oldXdg);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,37 +14,30 @@ public:
     TempDir& operator=(const TempDir&) = delete;
 
     const std::string& path() const { return m_path; }
-    // path() + name.
     std::string operator/(std::string_view name) const { return m_path + std::string(name); }
-
-    // Writes a file below the folder (parents created) and returns its full path.
+    // Write a file or make a folder below this one, parents created; the full path.
     std::string write(std::string_view name, std::string_view bytes) const;
-    // Makes a folder below the folder (parents created) and returns its full path.
     std::string mkdir(std::string_view name) const;
 
 private:
     std::string m_path;
 };
 
-// Reads a whole file; "" when it cannot be read.
+// A whole file's bytes, "" when it cannot be read; writing creates the parent folders.
 std::string readFileBytes(const std::string& path);
-// Writes a whole file, its parent folders created.
 void writeFileBytes(const std::string& path, std::string_view bytes);
 
-// Points HOME and XDG_DATA_HOME at fresh folders for the object's lifetime, so a test
-// never touches the real user's data. The previous values come back afterwards.
+// Points HOME at a fresh folder and unsets XDG_DATA_HOME for the object's lifetime, so a
+// test never touches the real user's data. The previous values come back afterwards.
 class TempHome {
 public:
     TempHome();
     ~TempHome();
-    TempHome(const TempHome&) = delete;
-    TempHome& operator=(const TempHome&) = delete;
 
     std::string home() const { return m_dir.path() + "home"; }
     std::string dataHome() const { return m_dir.path() + "home/.local/share"; }
 
 private:
     TempDir m_dir;
-    std::string m_oldHome, m_oldXdg;
-    bool m_hadHome = false, m_hadXdg = false;
+    std::optional<std::string> m_oldHome, m_oldXdg;
 };

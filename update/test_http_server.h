@@ -45,11 +45,11 @@ private:
         const QByteArray path = head.split(' ').value(1);
         if (m_routes.value(path).hang)
             return;
-        const bool found = m_routes.contains(path);
         const QByteArray body = m_routes.value(path).body;
-        socket->write(QByteArray(found ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found") +
-                      "\r\nContent-Type: text/html\r\nContent-Length: " +
-                      QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
+        socket->write(
+            QByteArray(m_routes.contains(path) ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found") +
+            "\r\nContent-Length: " + QByteArray::number(body.size()) +
+            "\r\nConnection: close\r\n\r\n" + body);
         socket->disconnectFromHost();
     }
 
