@@ -41,6 +41,9 @@ int main(int argc, char** argv) {
     // Qt takes arguments such as -style out of argv, so the target is read first.
     const std::string target = argumentText(argc, argv);
     QApplication app(argc, argv);
+    // Text controls lay out their text once in the application's font before they take
+    // their own, so a different application font would cost a font load of its own.
+    QApplication::setFont(Form1::windowFont());
     QApplication::setQuitOnLastWindowClosed(false);
     setShellOpener(openWithDesktop);
 

@@ -4,20 +4,14 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
+#include <utility>
 
 #include "config/config_file.h"
+#include "config/list_widgets.h"
 #include "config/option_lists.h"
 #include "ui_options_dialog.h"
 
 namespace {
-
-template <std::size_t N>
-void fillList(QComboBox* list, const std::array<std::string_view, N>& entries, double option) {
-    list->clear();
-    for (std::string_view entry : entries)
-        list->addItem(QString::fromUtf8(entry.data(), static_cast<qsizetype>(entry.size())));
-    list->setCurrentIndex(listPosition(option, N));
-}
 
 void setPointSize(QWidget* widget, int points) {
     QFont font = widget->font();
@@ -33,10 +27,12 @@ Form4::Form4(SharedState& state, Prompter& prompter, QWidget* parent)
       ui(std::make_unique<Ui::Form4>()),
       m_state(state),
       m_prompter(prompter) {
-    ui->setupUi(this);
+    // The controls take the dialog's font as they are made; setting it afterwards
+    // would lay every one of them out a second time.
     QFont font(QStringLiteral("Arial"));
     font.setPointSizeF(8.25);
     setFont(font);
+    ui->setupUi(this);
     setFixedSize(size());
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());
@@ -72,7 +68,20 @@ QColor Form4::themeColour() const {
     return ui->Combo3->palette().color(QPalette::Button);
 }
 
+// A hidden dialog takes the sizes when it is next shown: a font change makes each of
+// its lists lay out its entries again, work that a dialog nobody opens should not add
+// to the start-up.
 void Form4::adjustGUIforDPI(bool reduced) {
+    m_reducedFontSizes = reduced;
+    m_fontSizesDue = true;
+    if (isVisible())
+        applyFontSizes();
+}
+
+void Form4::applyFontSizes() {
+    if (!std::exchange(m_fontSizesDue, false))
+        return;
+    const bool reduced = m_reducedFontSizes;
     for (QWidget* control : {static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Check2),
                              static_cast<QWidget*>(ui->Check3), static_cast<QWidget*>(ui->Check4),
                              static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
@@ -95,6 +104,7 @@ bool Form4::event(QEvent* event) {
 // Shown means about to become active; the settings are loaded then as well, so that
 // OK never stores controls that were not loaded.
 void Form4::showEvent(QShowEvent* event) {
+    applyFontSizes();
     loadControls();
     QWidget::showEvent(event);
 }

@@ -30,6 +30,8 @@ public:
     // colour list previews its colour, which makes it the theme colour.
     void fillLists();
     QColor themeColour() const;
+    // The font sizes for high-DPI screens (reduced) or the normal ones; a hidden
+    // dialog takes them when it is next shown.
     void adjustGUIforDPI(bool reduced);
 
 signals:
@@ -54,8 +56,11 @@ private:
     void Command1_Click();
     void Command2_Click();
     void takeSwitches();
+    void applyFontSizes();
 
     std::unique_ptr<Ui::Form4> ui;
     SharedState& m_state;
     Prompter& m_prompter;
+    bool m_reducedFontSizes = false;
+    bool m_fontSizesDue = false;
 };

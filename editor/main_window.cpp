@@ -6,9 +6,11 @@
 #include <QIcon>
 #include <QKeyEvent>
 #include <QScreen>
+#include <QSignalBlocker>
 #include <QTextBlock>
 #include <QTimer>
 
+#include "config/list_widgets.h"
 #include "config/option_lists.h"
 #include "config/options_dialog.h"
 #include "core/load_sequence.h"
@@ -76,6 +78,7 @@ Form1::Form1(SharedState& state, Prompter& prompter, QWidget* parent)
       m_state(state),
       m_prompter(prompter),
       m_options(std::make_unique<Form4>(state, prompter)) {
+    applyWindowFont();
     buildWindow();
     applyDesignLook();
     connectControls();
@@ -230,18 +233,14 @@ void Form1::clearDescription() {
 
 void Form1::settingsReady(const SharedState& state) {
     setOptionsEnabled(true);
-    for (QComboBox* list : {ui->Combo1, ui->Combo2})
-        list->clear();
-    for (std::string_view font : kFontNames)
-        ui->Combo1->addItem(toWidgetText(font));
-    for (std::string_view size : kFontSizes)
-        ui->Combo2->addItem(toWidgetText(size));
-    ui->Combo1->setCurrentIndex(
-        listPosition(state.options.optionsDefaultGUIFont, kFontNames.size()));
-    ui->Combo2->setCurrentIndex(
-        listPosition(state.options.optionsDefaultGUIFontSize, kFontSizes.size()));
-    Combo1_Click();
-    Combo2_Click();
+    {
+        // The selections apply the font below, once, instead of at every change.
+        const QSignalBlocker quietFonts(ui->Combo1);
+        const QSignalBlocker quietSizes(ui->Combo2);
+        fillList(ui->Combo1, kFontNames, state.options.optionsDefaultGUIFont);
+        fillList(ui->Combo2, kFontSizes, state.options.optionsDefaultGUIFontSize);
+    }
+    applyListFont();
     m_options->fillLists();
     if (isOn(state.options.optionsAutoCreateExpDesc))
         setExportChecked(true);

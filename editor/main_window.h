@@ -58,6 +58,9 @@ public:
 
     void applyBackgroundColor();
     void adjustGUIforDPI();
+    // The window's font, Arial 9.75 points, which the program's other windows and
+    // message boxes share.
+    static QFont windowFont();
 
     // EditorState
     std::string text() const override;
@@ -99,7 +102,9 @@ protected:
 private:
     void buildWindow();
     void connectControls();
+    void applyWindowFont();
     void applyDesignLook();
+    void applyListFont();
     std::vector<QWidget*> themedControls() const;
     std::vector<QWidget*> shadedControls() const;
 

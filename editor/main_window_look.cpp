@@ -28,12 +28,18 @@ void setTextColour(QWidget* widget, const QColor& colour) {
     widget->setPalette(palette);
 }
 
-void setDesignFont(QWidget* widget, qreal points, bool bold = false, bool italic = false) {
+QFont designFont(qreal points, bool bold = false, bool italic = false) {
     QFont font(QStringLiteral("Arial"));
     font.setPointSizeF(points);
     font.setBold(bold);
     font.setItalic(italic);
-    widget->setFont(font);
+    return font;
+}
+
+constexpr qreal kWindowPoints = 9.75;
+
+void setDesignFont(QWidget* widget, qreal points, bool bold = false, bool italic = false) {
+    widget->setFont(designFont(points, bold, italic));
 }
 
 void setPointSize(QWidget* widget, int points) {
@@ -44,11 +50,20 @@ void setPointSize(QWidget* widget, int points) {
 
 }  // namespace
 
+// Set before the controls exist, so that they are made with it: a font change lays
+// out a text control's text again, and each new font costs a font engine.
+void Form1::applyWindowFont() {
+    setFont(windowFont());
+}
+
+QFont Form1::windowFont() {
+    return designFont(kWindowPoints);
+}
+
 // The look the window has before the settings are read: Arial throughout, the yellow
 // background, grey buttons, and the hand pointer over everything that can be clicked.
+// The description box takes its font when the lists are filled (applyListFont).
 void Form1::applyDesignLook() {
-    setDesignFont(this, 9.75);
-    setDesignFont(ui->Text1, 9.75, true);
     setTextColour(ui->Text1, QColor(0, 0, 128));
     setDesignFont(ui->Text2, 9.75);
     for (QWidget* small : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
@@ -111,6 +126,17 @@ void Form1::adjustGUIforDPI() {
     m_options->adjustGUIforDPI(reduced);
     if (m_picker)
         m_picker->adjustGUIforDPI(reduced);
+}
+
+// The description box's bold Arial in the face and size that the lists show, set in
+// one step rather than one change for the face and one for the size.
+void Form1::applyListFont() {
+    QFont font = designFont(kWindowPoints, true);
+    if (ui->Combo1->currentIndex() >= 0)
+        font.setFamily(ui->Combo1->currentText());
+    if (const int points = ui->Combo2->currentText().trimmed().toInt(); points > 0)
+        font.setPointSize(points);
+    ui->Text1->setFont(font);
 }
 
 void Form1::Combo1_Click() {

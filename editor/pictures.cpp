@@ -47,17 +47,24 @@ void shape(QPainter& painter, const QPainterPath& path, const QPen& pen,
     painter.drawPath(path);
 }
 
-// The text's left end sits on the baseline at `at`; the size is in pixels.
+// The text's left end sits on the baseline at `at`; the size is in pixels. The text is
+// set in the window's own Arial at 8 points, scaled up or down: the window has that
+// font already, while a face or size of the pictures' own would cost a font load of
+// its own at start-up.
 void label(QPainter& painter, QPointF at, qreal pixelSize, QFont::Weight weight, QRgb colour,
            const QString& text) {
-    QFont font;
-    font.setFamilies({QStringLiteral("Liberation Sans"), QStringLiteral("Arial")});
-    font.setStyleHint(QFont::SansSerif);
-    font.setPointSizeF(pixelSize * 72.0 / painter.device()->logicalDpiY());
+    constexpr int kPoints = 8;
+    QFont font(QStringLiteral("Arial"));
+    font.setPointSize(kPoints);
     font.setWeight(weight);
+    const qreal scale = pixelSize / (kPoints * painter.device()->logicalDpiY() / 72.0);
+    painter.save();
+    painter.translate(at);
+    painter.scale(scale, scale);
     painter.setFont(font);
     painter.setPen(QColor(colour));
-    painter.drawText(at, text);
+    painter.drawText(QPointF(0, 0), text);
+    painter.restore();
 }
 
 // A sheet of paper with a luggage tag tied to its corner: a file and its note.

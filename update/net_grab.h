@@ -5,9 +5,9 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <memory>
 
-class QNetworkAccessManager;
-class QNetworkReply;
+#include "update/http_get.h"
 
 // Downloads one URL at a time into memory without blocking the GUI thread, and reports
 // through signals, delivered on the GUI thread by the event loop: DownloadProgress as
@@ -18,7 +18,11 @@ class QNetworkReply;
 // it is stopped and ends in DownloadFailed. HTTP error statuses fail too.
 //
 // The data keeps the previous download's bytes until the new one reports progress.
-class NetGrab : public QObject {
+//
+// The network itself is reached through the network module (update/http_get.h), loaded
+// from the program's folder on the first download; without it every download fails
+// with kErrNoNetworkModule.
+class NetGrab : public QObject, private HttpGet::Listener {
     Q_OBJECT
 
 public:
@@ -28,8 +32,10 @@ public:
     // ErrNum of DownloadFailed for a download stopped by the size or time cap.
     static constexpr int kErrTooLarge = 1001;
     static constexpr int kErrTooSlow = 1002;
+    static constexpr int kErrNoNetworkModule = 1003;
 
     explicit NetGrab(QObject* parent = nullptr);
+    ~NetGrab() override;
 
     // Stores the URL (even an empty one, which starts nothing), cancels a running
     // download and starts reading the URL. Never fails towards the caller.
@@ -40,7 +46,7 @@ public:
     // there is no data (the file is left alone) or when writing failed.
     bool SaveAs(const QString& FileName);
 
-    bool Busy() const { return m_reply != nullptr; }
+    bool Busy() const { return m_busy; }
     QByteArray Bytes() const { return m_data; }
     QString URL() const { return m_url; }
     // Milliseconds that the last finished download took; 0 while one is running.
@@ -48,6 +54,9 @@ public:
 
     // Shortens the 30-second cap (for tests, which cannot wait that long).
     void setTimeLimit(int milliseconds) { m_timeLimit = milliseconds; }
+    // The network module's file; by default the one in the program's folder. Takes
+    // effect at the first download.
+    void setNetworkModule(const QString& path) { m_modulePath = path; }
 
 signals:
     void DownloadComplete(int nBytes);
@@ -55,14 +64,15 @@ signals:
     void DownloadProgress(int nBytes);
 
 private:
+    void bytesArrived() override;
+    void finished(int errNum, const QString& errDesc) override;
     bool readArrivedBytes();
-    void takeArrivedBytes();
-    void finishDownload();
     void stopWithFailure(int errNum, const QString& errDesc);
-    void dropReply();
+    void endRequest();
 
-    QNetworkAccessManager* m_network = nullptr;  // made by the first download
-    QNetworkReply* m_reply = nullptr;
+    QString m_modulePath;
+    std::unique_ptr<HttpGet> m_http;  // made by the first download
+    bool m_busy = false;
     QTimer m_deadline;
     int m_timeLimit = 30000;
     QString m_url;
