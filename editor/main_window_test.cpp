@@ -156,6 +156,18 @@ TEST_F(MainWindowTest, OptionsForgetWhatEscLeftAndOkWritesConfigAndTicksTheExpor
               "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=1\r\nBgColor=3\r\n");
 }
 
+TEST_F(MainWindowTest, TheHighDpiSettingLowersTheFontsOfTheWindowAndOfTheOptionsWhenShown) {
+    writeSettings("[Veskor 1.9]\r\nHighDPIGUIAdjust=1\r\nDefaultGUIFontSize=4\r\n");
+    start(fileTarget());
+    EXPECT_EQ(control<QWidget>("Label4")->font().pointSize(), 6);
+    EXPECT_EQ(control<QWidget>("Command1")->font().pointSize(), 8);
+    EXPECT_EQ(box()->font(), QFont(QStringLiteral("Arial"), 20, QFont::Bold));
+    Form4& options = form_.optionsDialog();
+    QTest::keyClick(box(), Qt::Key_F12);
+    EXPECT_EQ(options.findChild<QWidget*>(QStringLiteral("Check1"))->font().pointSize(), 6);
+    EXPECT_EQ(options.findChild<QWidget*>(QStringLiteral("Command1"))->font().pointSize(), 8);
+}
+
 TEST_F(MainWindowTest, HelpOpensTheHelpFileOrTheHomePage) {
     start(fileTarget());
     QTest::keyClick(box(), Qt::Key_F1);

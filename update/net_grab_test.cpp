@@ -88,4 +88,19 @@ TEST_F(NetGrabTest, SecondStartCancelsTheRunningDownloadWithoutReportingIt) {
     EXPECT_EQ(grab.URL(), server.url("/second"));
 }
 
+TEST_F(NetGrabTest, WithoutTheNetworkModuleEveryDownloadFailsFromTheEventLoop) {
+    TempDir dir;
+    grab.setNetworkModule(QString::fromStdString(dir.path() + "/missing.so"));
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        failed.clear();
+        grab.DownloadStart(server.url("/page"));
+        EXPECT_TRUE(failed.isEmpty());
+        EXPECT_FALSE(finishes());
+        EXPECT_EQ(failed.count(), 1);
+        EXPECT_EQ(failed.at(0).at(0).toInt(), NetGrab::kErrNoNetworkModule);
+        EXPECT_FALSE(grab.Busy());
+    }
+    EXPECT_TRUE(server.requests.isEmpty());
+}
+
 }  // namespace
