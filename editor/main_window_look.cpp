@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QFont>
 #include <QPalette>
+#include <array>
 
 #include "config/options_dialog.h"
 #include "editor/main_window.h"
@@ -38,14 +39,39 @@ QFont designFont(qreal points, bool bold = false, bool italic = false) {
 
 constexpr qreal kWindowPoints = 9.75;
 
-void setDesignFont(QWidget* widget, qreal points, bool bold = false, bool italic = false) {
-    widget->setFont(designFont(points, bold, italic));
-}
-
+// A font change on a control that already has the size does nothing: no relayout.
 void setPointSize(QWidget* widget, int points) {
     QFont font = widget->font();
+    if (font.pointSizeF() == points)
+        return;
     font.setPointSize(points);
     widget->setFont(font);
+}
+
+// The controls whose font size follows the high-DPI setting, with their style and
+// their sizes in points at normal and at reduced size.
+struct SizedControl {
+    QWidget* control;
+    int normal;
+    int reduced;
+    bool bold = false;
+    bool italic = false;
+};
+
+std::array<SizedControl, 13> sizedControls(const Ui::Form1& ui) {
+    return {{{ui.Combo1, 8, 6},
+             {ui.Combo2, 8, 6},
+             {ui.Text2, 8, 6},
+             {ui.Label3, 8, 6, false, true},
+             {ui.Label6, 8, 6},
+             {ui.Check1, 8, 6},
+             {ui.Label2, 8, 6, true},
+             {ui.Label5, 10, 8},
+             {ui.Label4, 11, 6, false, true},
+             {ui.Command1, 10, 8},
+             {ui.Command2, 10, 8},
+             {ui.Command3, 10, 8},
+             {ui.Command4, 10, 8}}};
 }
 
 }  // namespace
@@ -60,29 +86,20 @@ QFont Form1::windowFont() {
     return designFont(kWindowPoints);
 }
 
-// The look the window has before the settings are read: Arial throughout, the yellow
-// background, grey buttons, and the hand pointer over everything that can be clicked.
-// The description box takes its font when the lists are filled (applyListFont).
+// The look the window has before the settings are read: Arial throughout, the text
+// colours, and the hand pointer over everything that can be clicked. Start-up always
+// sets the font sizes (adjustGUIforDPI) and paints the theme colour
+// (applyBackgroundColor) before the window shows, so the controls are made at their
+// normal sizes and take no background here: each font and palette is set once. The
+// description box takes its font when the lists are filled (applyListFont).
 void Form1::applyDesignLook() {
+    for (const SizedControl& sized : sizedControls(*ui))
+        sized.control->setFont(designFont(sized.normal, sized.bold, sized.italic));
     setTextColour(ui->Text1, QColor(0, 0, 128));
-    setDesignFont(ui->Text2, 9.75);
-    for (QWidget* small : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                           static_cast<QWidget*>(ui->Check1), static_cast<QWidget*>(ui->Label6),
-                           static_cast<QWidget*>(ui->Label5)})
-        setDesignFont(small, 8.25);
-    setDesignFont(ui->Label3, 8.25, false, true);
-    setDesignFont(ui->Label2, 9, true);
     setTextColour(ui->Label2, QColor(0x40, 0x40, 0x00));
-    setDesignFont(ui->Label4, 9.75, false, true);
     setTextColour(ui->Label4, QColor(0, 128, 0));
-    const QColor yellow(255, 255, 128), grey(0xE0, 0xE0, 0xE0);
-    paint(this, yellow);
-    for (QWidget* w : themedControls())
-        paint(w, yellow);
-    for (QWidget* w : shadedControls()) {
-        paint(w, grey);
+    for (QWidget* w : shadedControls())
         w->setCursor(Qt::PointingHandCursor);
-    }
     for (QWidget* w : {static_cast<QWidget*>(ui->Image1), static_cast<QWidget*>(ui->Image3),
                        static_cast<QWidget*>(ui->Image4), static_cast<QWidget*>(ui->Image5),
                        static_cast<QWidget*>(ui->Label4)})
@@ -114,15 +131,8 @@ std::vector<QWidget*> Form1::shadedControls() const {
 
 void Form1::adjustGUIforDPI() {
     const bool reduced = isOn(m_state.options.optionsHighDPIGUIAdjust);
-    for (QWidget* w : {static_cast<QWidget*>(ui->Combo1), static_cast<QWidget*>(ui->Combo2),
-                       static_cast<QWidget*>(ui->Text2), static_cast<QWidget*>(ui->Label3),
-                       static_cast<QWidget*>(ui->Label6), static_cast<QWidget*>(ui->Check1),
-                       static_cast<QWidget*>(ui->Label2)})
-        setPointSize(w, reduced ? 6 : 8);
-    setPointSize(ui->Label5, reduced ? 8 : 10);
-    setPointSize(ui->Label4, reduced ? 6 : 11);
-    for (QWidget* w : {ui->Command1, ui->Command2, ui->Command3, ui->Command4})
-        setPointSize(w, reduced ? 8 : 10);
+    for (const SizedControl& sized : sizedControls(*ui))
+        setPointSize(sized.control, reduced ? sized.reduced : sized.normal);
     m_options->adjustGUIforDPI(reduced);
     if (m_picker)
         m_picker->adjustGUIforDPI(reduced);
