@@ -7,6 +7,7 @@
 #include <array>
 
 #include "config/options_dialog.h"
+#include "editor/design_fonts.h"
 #include "editor/main_window.h"
 #include "picker/picker_window.h"
 #include "ui_main_window.h"
@@ -28,16 +29,6 @@ void setTextColour(QWidget* widget, const QColor& colour) {
     palette.setColor(QPalette::Text, colour);
     widget->setPalette(palette);
 }
-
-QFont designFont(qreal points, bool bold = false, bool italic = false) {
-    QFont font(QStringLiteral("Arial"));
-    font.setPointSizeF(points);
-    font.setBold(bold);
-    font.setItalic(italic);
-    return font;
-}
-
-constexpr qreal kWindowPoints = 9.75;
 
 // A font change on a control that already has the size does nothing: no relayout.
 void setPointSize(QWidget* widget, int points) {
@@ -143,7 +134,7 @@ void Form1::adjustGUIforDPI() {
 void Form1::applyListFont() {
     QFont font = designFont(kWindowPoints, true);
     if (ui->Combo1->currentIndex() >= 0)
-        font.setFamily(ui->Combo1->currentText());
+        font.setFamily(installedFace(ui->Combo1->currentText()));
     if (const int points = ui->Combo2->currentText().trimmed().toInt(); points > 0)
         font.setPointSize(points);
     ui->Text1->setFont(font);
@@ -153,7 +144,7 @@ void Form1::Combo1_Click() {
     if (ui->Combo1->currentIndex() < 0)
         return;
     QFont font = ui->Text1->font();
-    font.setFamily(ui->Combo1->currentText());
+    font.setFamily(installedFace(ui->Combo1->currentText()));
     ui->Text1->setFont(font);
 }
 

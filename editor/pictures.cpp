@@ -6,6 +6,8 @@
 #include <QPen>
 #include <initializer_list>
 
+#include "editor/design_fonts.h"
+
 namespace {
 
 // Outlines join and end sharp, as in the drawings these pictures were made from.
@@ -51,17 +53,14 @@ void shape(QPainter& painter, const QPainterPath& path, const QPen& pen,
 // set in the window's own Arial at 8 points, scaled up or down: the window has that
 // font already, while a face or size of the pictures' own would cost a font load of
 // its own at start-up.
-void label(QPainter& painter, QPointF at, qreal pixelSize, QFont::Weight weight, QRgb colour,
+void label(QPainter& painter, QPointF at, qreal pixelSize, bool bold, QRgb colour,
            const QString& text) {
     constexpr int kPoints = 8;
-    QFont font(QStringLiteral("Arial"));
-    font.setPointSize(kPoints);
-    font.setWeight(weight);
     const qreal scale = pixelSize / (kPoints * painter.device()->logicalDpiY() / 72.0);
     painter.save();
     painter.translate(at);
     painter.scale(scale, scale);
-    painter.setFont(font);
+    painter.setFont(designFont(kPoints, bold));
     painter.setPen(QColor(colour));
     painter.drawText(QPointF(0, 0), text);
     painter.restore();
@@ -97,7 +96,7 @@ void drawLogo(QPainter& painter) {
           outline(0x404000, 1.5), QColor(0xfdfdf5));
     shape(painter, strokes({{8, 14, 20, 14}, {8, 18, 20, 18}, {8, 22, 17, 22}}),
           outline(0x000080, 1.4));
-    label(painter, {31, 24}, 20, QFont::Bold, 0x000080, QStringLiteral("Veskor"));
+    label(painter, {31, 24}, 20, true, 0x000080, QStringLiteral("Veskor"));
 }
 
 // A page with an arrow out of it: opens the target file.
@@ -135,7 +134,7 @@ void drawBanner(QPainter& painter) {
     bubble.arcTo(QRectF(10, 2, 8, 8), 180, -90);
     bubble.closeSubpath();
     shape(painter, bubble, outline(0x806000, 1.5), QColor(0xffffe8));
-    label(painter, {22, 23}, 12.5, QFont::Normal, 0x000080,
+    label(painter, {22, 23}, 12.5, false, 0x000080,
           QStringLiteral("Click the bar on the left for more options"));
 }
 
