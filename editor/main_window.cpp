@@ -78,7 +78,7 @@ Form1::Form1(SharedState& state, Prompter& prompter, QWidget* parent)
       m_state(state),
       m_prompter(prompter),
       m_options(std::make_unique<Form4>(state, prompter)) {
-    applyWindowFont();
+    applyControlsFont();
     buildWindow();
     applyDesignLook();
     connectControls();

@@ -58,8 +58,8 @@ public:
 
     void applyBackgroundColor();
     void adjustGUIforDPI();
-    // The window's font, Arial 9.75 points, which the program's other windows and
-    // message boxes share.
+    // The design's window font, Arial 9.75 points: the expand bar's, and the
+    // application's, which the program's other windows and message boxes share.
     static QFont windowFont();
 
     // EditorState
@@ -102,7 +102,7 @@ protected:
 private:
     void buildWindow();
     void connectControls();
-    void applyWindowFont();
+    void applyControlsFont();
     void applyDesignLook();
     void applyListFont();
     std::vector<QWidget*> themedControls() const;

@@ -49,14 +49,16 @@ struct SizedControl {
     bool italic = false;
 };
 
+constexpr int kControlPoints = 8;
+
 std::array<SizedControl, 13> sizedControls(const Ui::Form1& ui) {
-    return {{{ui.Combo1, 8, 6},
-             {ui.Combo2, 8, 6},
-             {ui.Text2, 8, 6},
-             {ui.Label3, 8, 6, false, true},
-             {ui.Label6, 8, 6},
-             {ui.Check1, 8, 6},
-             {ui.Label2, 8, 6, true},
+    return {{{ui.Combo1, kControlPoints, 6},
+             {ui.Combo2, kControlPoints, 6},
+             {ui.Text2, kControlPoints, 6},
+             {ui.Label3, kControlPoints, 6, false, true},
+             {ui.Label6, kControlPoints, 6},
+             {ui.Check1, kControlPoints, 6},
+             {ui.Label2, kControlPoints, 6, true},
              {ui.Label5, 10, 8},
              {ui.Label4, 11, 6, false, true},
              {ui.Command1, 10, 8},
@@ -67,10 +69,12 @@ std::array<SizedControl, 13> sizedControls(const Ui::Form1& ui) {
 
 }  // namespace
 
-// Set before the controls exist, so that they are made with it: a font change lays
-// out a text control's text again, and each new font costs a font engine.
-void Form1::applyWindowFont() {
-    setFont(windowFont());
+// The controls are made in the font most of them keep, Arial at 8 points, and only
+// those that differ get a font of their own (applyDesignLook): a font change lays out
+// a control's text again, and a list's first one builds its whole pop-up. The window
+// font of the design, 9.75 points, is the expand bar's own and the application's.
+void Form1::applyControlsFont() {
+    setFont(designFont(kControlPoints));
 }
 
 QFont Form1::windowFont() {
@@ -84,8 +88,12 @@ QFont Form1::windowFont() {
 // normal sizes and take no background here: each font and palette is set once. The
 // description box takes its font when the lists are filled (applyListFont).
 void Form1::applyDesignLook() {
-    for (const SizedControl& sized : sizedControls(*ui))
-        sized.control->setFont(designFont(sized.normal, sized.bold, sized.italic));
+    for (const SizedControl& sized : sizedControls(*ui)) {
+        const QFont font = designFont(sized.normal, sized.bold, sized.italic);
+        if (font != sized.control->font())
+            sized.control->setFont(font);
+    }
+    ui->Command5->setFont(windowFont());
     setTextColour(ui->Text1, QColor(0, 0, 128));
     setTextColour(ui->Label2, QColor(0x40, 0x40, 0x00));
     setTextColour(ui->Label4, QColor(0, 128, 0));

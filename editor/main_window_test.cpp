@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontInfo>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -154,6 +155,20 @@ TEST_F(MainWindowTest, OptionsForgetWhatEscLeftAndOkWritesConfigAndTicksTheExpor
     EXPECT_EQ(readFileBytes(configFile()),
               "[Veskor 1.9]\r\nCreate00index=1\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=2\r\n"
               "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=1\r\nBgColor=3\r\n");
+}
+
+TEST_F(MainWindowTest, ControlsShowTheDesignFacesAtTheirNormalSizes) {
+    start(fileTarget());
+    const std::pair<const char*, qreal> kSizes[] = {
+        {"Command5", 9.75}, {"Combo1", 8},  {"Text2", 8},     {"Label2", 8},
+        {"Label4", 11},     {"Label5", 10}, {"Command1", 10}, {"Text1", 8}};
+    for (const auto& [name, points] : kSizes)
+        EXPECT_EQ(control<QWidget>(name)->font().pointSizeF(), points) << name;
+    EXPECT_TRUE(box()->font().bold());
+    EXPECT_TRUE(control<QWidget>("Label2")->font().bold());
+    EXPECT_TRUE(control<QWidget>("Label4")->font().italic());
+    EXPECT_EQ(QFontInfo(control<QWidget>("Label3")->font()).family(),
+              QFontInfo(QFont(QStringLiteral("Arial"))).family());
 }
 
 TEST_F(MainWindowTest, TheHighDpiSettingLowersTheFontsOfTheWindowAndOfTheOptionsWhenShown) {
