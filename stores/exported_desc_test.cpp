@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "tests/scripted_prompter.h"
 #include "tests/temp_dir.h"
@@ -20,29 +21,34 @@ protected:
         state.removeTargetFileDescFlag = removeFlag;
         return updateExpDesc(state, exportChecked, prompter_);
     }
-    std::string read() const { return readExpDesc(dir_ / "plan.doc"); }
 
     TempDir dir_;
     const std::string file_ = dir_ / "plan.doc.description";
     ScriptedPrompter prompter_;
 };
 
-TEST_F(ExportedDescTest, WritesOnlyWithTheBoxTickedButDeletesEvenWithout) {
+// A read-only file can be neither rewritten nor deleted.
+TEST_F(ExportedDescTest, WritesOnlyWithTheBoxTickedDeletesEvenWithoutAndSparesAReadOnlyFile) {
     ASSERT_EQ(save("abc", true), WriteResult::Ok);
-    EXPECT_EQ(readFileBytes(file_), "abc\r\n");
     ASSERT_EQ(save("Newer", false), WriteResult::Ok);
     EXPECT_EQ(readFileBytes(file_), "abc\r\n");
     ASSERT_EQ(save("", false, 1), WriteResult::Ok);
     EXPECT_FALSE(std::filesystem::exists(file_));
     EXPECT_EQ(save("", true, 1), WriteResult::Ok) << "nothing left to delete";
-    EXPECT_TRUE(prompter_.shown.empty());
+
+    ASSERT_EQ(save("Old", true), WriteResult::Ok);
+    ASSERT_EQ(::chmod(file_.c_str(), 0444), 0);
+    EXPECT_EQ(save("New", true), WriteResult::Error);
+    EXPECT_EQ(save("", true, 1), WriteResult::Error);
+    EXPECT_EQ(
+        prompter_.texts(),
+        std::vector<std::string>(2, "Error: Problem while updating exported description file."));
+    EXPECT_EQ(prompter_.shown[1].icon, Icon::Critical);
+    EXPECT_EQ(readFileBytes(file_), "Old\r\n");
 }
 
 TEST_F(ExportedDescTest, ReadsEveryLineOrNothing) {
-    struct Case {
-        const char* name;
-        std::string bytes, expected;
-    } kCases[] = {
+    const std::tuple<const char*, std::string, std::string> kCases[] = {
         {"first line empty", "\r\nSecond\r\n", ""},
         {"no final line end", "One\r\nTwo", "One\r\nTwo\r\n"},
         {"empty lines inside kept", "One\r\n\r\nTwo\r\n", "One\r\n\r\nTwo\r\n"},
@@ -51,27 +57,11 @@ TEST_F(ExportedDescTest, ReadsEveryLineOrNothing) {
     for (const auto& [name, bytes, expected] : kCases) {
         SCOPED_TRACE(name);
         dir_.write("plan.doc.description", bytes);
-        EXPECT_EQ(read(), expected);
+        EXPECT_EQ(readExpDesc(dir_ / "plan.doc"), expected);
     }
     std::filesystem::remove(file_);
     dir_.mkdir("plan.doc.description");
-    EXPECT_EQ(read(), "");
-}
-
-// A read-only file can be neither rewritten nor deleted.
-TEST_F(ExportedDescTest, AReadOnlyFileFailsWithTheMessageAndStaysAsItWas) {
-    dir_.write("plan.doc.description", "Old\r\n");
-    ASSERT_EQ(::chmod(file_.c_str(), 0444), 0);
-    for (int removeFlag : {0, 1}) {
-        SCOPED_TRACE(removeFlag ? "deleting" : "rewriting");
-        prompter_.shown.clear();
-        EXPECT_EQ(save(removeFlag ? "" : "New", true, removeFlag), WriteResult::Error);
-        EXPECT_EQ(
-            prompter_.texts(),
-            std::vector<std::string>{"Error: Problem while updating exported description file."});
-        EXPECT_EQ(prompter_.shown[0].icon, Icon::Critical);
-        EXPECT_EQ(readFileBytes(file_), "Old\r\n");
-    }
+    EXPECT_EQ(readExpDesc(dir_ / "plan.doc"), "");
 }
 
 }  // namespace

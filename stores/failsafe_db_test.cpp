@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 #include "platform/folder_lock.h"
@@ -13,7 +14,7 @@
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 std::string beginLine(const std::string& key) {
     return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n";
@@ -22,20 +23,17 @@ std::string record(const std::string& key, const std::string& lines) {
     return beginLine(key) + lines + "Veskor failsafe DB 1.7 END " + key + "\r\n";
 }
 
+// Saves give up at once when another copy of the program holds the lock.
 class FailsafeDBTest : public ::testing::Test {
 protected:
-    WriteResult save(const std::string& target, const std::string& desc, int removeFlag = 0,
-                     std::chrono::milliseconds lockTimeout = std::chrono::seconds(10)) {
+    WriteResult save(const std::string& target, const std::string& desc, int removeFlag = 0) {
         SharedState state;
         state.data.failsafeDBpath = folder_;
         state.data.failsafeDBfile = db_;
         state.target.targetFileFullPathname = target;
         state.targetFileDesc = desc;
         state.removeTargetFileDescFlag = removeFlag;
-        return updateFailsafeDB(state, prompter_, lockTimeout);
-    }
-    std::optional<std::string> read(const std::string& target) const {
-        return readFailsafeDB(db_, target);
+        return updateFailsafeDB(state, prompter_, 0ms);
     }
     std::string db() const { return readFileBytes(db_); }
     void writeDb(std::string_view bytes) const { dir_.write("failsafe db/ver1.7.dat", bytes); }
@@ -53,34 +51,31 @@ TEST_F(FailsafeDBTest, EachSavePutsItsRecordFirstUnderTheUpperCaseKey) {
     EXPECT_EQ(db(), b + record("/DOCS/PLAN.DOC", "Outline\r\nNeeds review\r\n"));
     ASSERT_EQ(save("/Docs/Plan.DOC", "Two"), WriteResult::Ok);
     EXPECT_EQ(db(), record("/DOCS/PLAN.DOC", "Two\r\n") + b);
-    EXPECT_EQ(read("/docs/PLAN.doc"), "Two\r\n");
+    EXPECT_EQ(readFailsafeDB(db_, "/docs/PLAN.doc"), "Two\r\n");
 
     ASSERT_EQ(save("/b", "", 1), WriteResult::Ok);
     ASSERT_EQ(save("/docs/plan.doc", "", 1), WriteResult::Ok);
     EXPECT_EQ(db(), "");
-    EXPECT_TRUE(fs::exists(db_)) << "an empty database stays";
+    EXPECT_TRUE(std::filesystem::exists(db_)) << "an empty database stays";
     EXPECT_TRUE(prompter_.shown.empty());
 }
 
-TEST_F(FailsafeDBTest, ReadsEveryRecordOfTheTarget) {
-    writeDb(record("/A", "1\r\n") + record("/B", "B\r\n") + record("/A", "") +
-            record("/A", "2\r\n"));
-    EXPECT_EQ(read("/a"), "1\r\n2\r\n");
-    EXPECT_EQ(read("/c"), std::nullopt);
-    writeDb(record("/A", ""));
-    EXPECT_EQ(read("/a"), "") << "a record without lines is still a record";
-}
-
 // As a Windows copy of the program leaves it: Windows-1252 text, a line outside any
-// record and a last record cut off before its end line.
-TEST_F(FailsafeDBTest, WindowsDatabaseIsReadAndItsOtherRecordsKeepTheirBytes) {
-    const std::string windowsDb = record("C:\\DOCS\\CAF\xC9.DOC", "D\xE9j\xE0 vu \x80 5\r\n\r\n") +
-                                  "stray line outside a record\r\n" +
-                                  record("C:\\DOCS\\PLAN.DOC", "Outline\r\n") +
-                                  beginLine("C:\\DOCS\\TORN.DOC") + "First\r\nCut off here\r\n";
+// record, a target with two records and one without lines, and a last record cut off
+// before its end line.
+TEST_F(FailsafeDBTest, EveryRecordOfTheTargetIsReadAndTheOthersKeepTheirBytes) {
+    const std::string windowsDb =
+        record("C:\\DOCS\\CAF\xC9.DOC", "D\xE9j\xE0 vu \x80 5\r\n\r\n") +
+        "stray line outside a record\r\n" + record("C:\\DOCS\\PLAN.DOC", "Outline\r\n") +
+        record("C:\\DOCS\\EMPTY.DOC", "") + record("C:\\DOCS\\PLAN.DOC", "More\r\n") +
+        beginLine("C:\\DOCS\\TORN.DOC") + "First\r\nCut off here\r\n";
     writeDb(windowsDb);
-    EXPECT_EQ(read("C:\\docs\\caf\xC3\xA9.doc"), "D\xC3\xA9j\xC3\xA0 vu \xE2\x82\xAC 5\r\n\r\n");
-    EXPECT_EQ(read("C:\\docs\\torn.doc"), "First\r\n");
+    EXPECT_EQ(readFailsafeDB(db_, "C:\\docs\\caf\xC3\xA9.doc"),
+              "D\xC3\xA9j\xC3\xA0 vu \xE2\x82\xAC 5\r\n\r\n");
+    EXPECT_EQ(readFailsafeDB(db_, "C:\\docs\\plan.doc"), "Outline\r\nMore\r\n");
+    EXPECT_EQ(readFailsafeDB(db_, "C:\\docs\\empty.doc"), "");
+    EXPECT_EQ(readFailsafeDB(db_, "C:\\docs\\none.doc"), std::nullopt);
+    EXPECT_EQ(readFailsafeDB(db_, "C:\\docs\\torn.doc"), "First\r\n");
 
     ASSERT_EQ(save("/new", "N"), WriteResult::Ok);
     EXPECT_EQ(db(), record("/NEW", "N\r\n") + windowsDb);
@@ -102,12 +97,10 @@ TEST_F(FailsafeDBTest, FailuresShowTheirMessageAndKeepTheOldDatabase) {
         writeDb(old);
         ::chmod(db_.c_str(), readOnly ? 0444 : 0644);
         FolderLock otherCopy;
-        if (!readOnly) {
-            ASSERT_FALSE(otherCopy.acquire(folder_, std::chrono::milliseconds(0)));
-        }
+        ASSERT_FALSE(!readOnly && otherCopy.acquire(folder_, 0ms));
         prompter_.shown.clear();
 
-        EXPECT_EQ(save("/a", "A", 0, std::chrono::milliseconds(0)), WriteResult::Error);
+        EXPECT_EQ(save("/a", "A"), WriteResult::Error);
         EXPECT_EQ(prompter_.texts(),
                   std::vector<std::string>{"Error: Problem while updating filesafe DB."});
         EXPECT_EQ(prompter_.shown[0].icon, Icon::Critical);

@@ -12,8 +12,10 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "stores/summary_info_codec.h"
@@ -36,14 +38,9 @@ void setLastWrite(const std::string& path, Time time) {
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
 }
 
-struct stat statOf(const std::string& path) {
+Time lastWriteOf(const std::string& path) {
     struct stat st {};
     EXPECT_EQ(::stat(path.c_str(), &st), 0) << path;
-    return st;
-}
-
-Time lastWriteOf(const std::string& path) {
-    struct stat st = statOf(path);
     return {st.st_mtim.tv_sec, st.st_mtim.tv_nsec};
 }
 
@@ -53,16 +50,13 @@ std::optional<std::string> streamOf(const std::string& path, const std::string& 
     return readStream(path, name, bytes) == StreamStatus::Ok ? std::optional(bytes) : std::nullopt;
 }
 
-// Runs a shell command to its end, its stdout into `output` (else nowhere); its exit code.
+// Runs a shell command to its end, its stdout into `output` (else /dev/null); its exit code.
 int run(const std::string& command, std::string* output = nullptr) {
     FILE* pipe = ::popen((command + (output ? "" : " >/dev/null") + " 2>/dev/null").c_str(), "r");
-    if (!pipe)
-        return -1;
     char buffer[4096];
-    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        if (output)
-            output->append(buffer, got);
-    int status = ::pclose(pipe);
+    for (std::size_t got; pipe && (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        output->append(buffer, got);
+    const int status = pipe ? ::pclose(pipe) : -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -76,10 +70,9 @@ long fileSystemOf(const std::string& path) {
 // to an entry whose stream changes.
 class FakeStreams : public StreamAccess {
 public:
-    StreamStatus read(const std::string&, std::string_view name, std::string& bytes) override {
-        auto found = streams.find(name);
-        bytes = found == streams.end() ? "" : found->second;
-        return found == streams.end() ? StreamStatus::Missing : StreamStatus::Ok;
+    StreamStatus read(const std::string& path, std::string_view name, std::string& bytes) override {
+        bytes = streams.contains(name) ? streams.find(name)->second : "";
+        return exists(path, name);
     }
     StreamStatus exists(const std::string&, std::string_view name) override {
         return streams.contains(name) ? StreamStatus::Ok : StreamStatus::Missing;
@@ -97,8 +90,13 @@ public:
     int failAt = 0, replaces = 0;
 };
 
-class StreamsTest : public ::testing::Test {
+// A file in a folder that keeps user extended attributes.
+class NtfsStreamsTest : public ::testing::Test {
 protected:
+    void SetUp() override {
+        if (replaceStream(dir_.write("probe", ""), "probe", "x") != StreamStatus::Ok)
+            GTEST_SKIP() << "the temporary folder keeps no user extended attributes";
+    }
     WriteResult save(const std::string& target, const std::string& text,
                      StreamAccess* streams = nullptr) {
         state_.target.targetFileFullPathname = target;
@@ -110,17 +108,10 @@ protected:
     TempDir dir_;
     SharedState state_;
     PlainEditorState editor_;
-};
-
-class NtfsStreamsTest : public StreamsTest {
-protected:
-    void SetUp() override {
-        if (replaceStream(dir_.write("probe", ""), "probe", "x") != StreamStatus::Ok)
-            GTEST_SKIP() << "the temporary folder keeps no user extended attributes";
-    }
     std::string file_ = dir_.write("plan.txt", "body");
 };
 
+// A summary stream that is not a property set is written back as it was.
 TEST_F(NtfsStreamsTest, SaveWritesTheStreamsAndKeepsTheTimeToTheSecondAndTheMode) {
     const std::string old("old text\r\n\0", 11);
     ASSERT_EQ(replaceStream(file_, kOld, old), StreamStatus::Ok);
@@ -135,11 +126,10 @@ TEST_F(NtfsStreamsTest, SaveWritesTheStreamsAndKeepsTheTimeToTheSecondAndTheMode
     EXPECT_EQ(streamOf(file_, kOld), "");
     EXPECT_EQ(readNTFSDesc(file_), text);
     EXPECT_EQ(lastWriteOf(file_), kTenFifteenThirty);
-    EXPECT_EQ(statOf(file_).st_mode & 07777, 0444u);
+    std::error_code error;
+    EXPECT_EQ(std::filesystem::status(file_, error).permissions(), std::filesystem::perms{0444});
     EXPECT_FALSE(editor_.exportChecked());
-}
 
-TEST_F(NtfsStreamsTest, UnrecognisedSummaryIsWrittenBackUnchanged) {
     ASSERT_EQ(replaceStream(file_, kSummary, "not a property set"), StreamStatus::Ok);
     ASSERT_EQ(save(file_, "abc"), WriteResult::Ok);
     EXPECT_EQ(streamOf(file_, kSummary), "not a property set");
@@ -147,40 +137,32 @@ TEST_F(NtfsStreamsTest, UnrecognisedSummaryIsWrittenBackUnchanged) {
 
 // Failures that only a fake can make; the real ones are below.
 TEST_F(NtfsStreamsTest, EachOutcomeWithTheTimeAndTheOldStreamItLeaves) {
-    struct Row {
-        const char* name;
-        std::string target;
-        int failAt;  // the replace that fails, 0 for none
-        double exportOption;
-        bool exportTicked;
-        Time time;
-    } rows[] = {
+    // target, the replace that fails (0: none), export option, box ticked, time left
+    const std::tuple<const char*, std::string, int, double, bool, Time> rows[] = {
         {"folder: time not restored", dir_.mkdir("Photos"), 0, 1, false, kWriteTime},
         {"export option not exactly 1", file_, 1, 2, false, kWithFraction},
         {"marker write fails", file_, 2, 1, true, kWriteTime},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        setLastWrite(row.target, kWithFraction);
+    for (const auto& [name, target, failAt, exportOption, exportTicked, time] : rows) {
+        SCOPED_TRACE(name);
+        setLastWrite(target, kWithFraction);
         FakeStreams streams;
-        streams.failAt = row.failAt;
-        state_.options.optionsCreateExpDescNonNTFS = row.exportOption;
+        streams.failAt = failAt;
+        state_.options.optionsCreateExpDescNonNTFS = exportOption;
         editor_.setExportChecked(false);
 
-        EXPECT_EQ(save(row.target, "abc", &streams),
-                  row.failAt ? WriteResult::Error : WriteResult::Ok);
-        EXPECT_EQ(editor_.exportChecked(), row.exportTicked);
-        EXPECT_EQ(lastWriteOf(row.target), row.time);
-        EXPECT_EQ(streams.streams[kOld], row.failAt ? "old" : "");
+        EXPECT_EQ(save(target, "abc", &streams), failAt ? WriteResult::Error : WriteResult::Ok);
+        EXPECT_EQ(editor_.exportChecked(), exportTicked);
+        EXPECT_EQ(lastWriteOf(target), time);
+        EXPECT_EQ(streams.streams[kOld], failAt ? "old" : "");
     }
 }
 
 TEST_F(NtfsStreamsTest, TooLongForOneExt4AttributeLeavesTheOldStream) {
-    if (fileSystemOf(dir_.path()) != EXT4_SUPER_MAGIC)
-        GTEST_SKIP() << "the temporary folder is not on ext4";
     const std::string text(30000, 'x');
-    if (replaceStream(dir_ / "probe", "probe", text) == StreamStatus::Ok)
-        GTEST_SKIP() << "this ext4 volume keeps large attributes (ea_inode)";
+    if (fileSystemOf(dir_.path()) != EXT4_SUPER_MAGIC ||
+        replaceStream(dir_ / "probe", "probe", text) == StreamStatus::Ok)
+        GTEST_SKIP() << "the temporary folder is not on ext4 without large attributes";
     ASSERT_EQ(replaceStream(file_, kSummary, createSummaryInfo("kept")), StreamStatus::Ok);
 
     EXPECT_EQ(save(file_, text), WriteResult::Error);
@@ -206,9 +188,9 @@ TEST_F(NtfsStreamsTest, SomeoneElsesFileIsLeftAloneSilently) {
 }
 
 // A FUSE volume in an image file on a loop device, unmounted and detached by TearDown
-// whatever the test did. On a block device FUSE mounts as fuseblk, whose unmount
-// returns once the volume is written.
-class VolumeTest : public StreamsTest {
+// whatever the test did; file_ lies on it. On a block device FUSE mounts as fuseblk,
+// whose unmount returns once the volume is written.
+class VolumeTest : public NtfsStreamsTest {
 protected:
     void mountVolume(const std::string& mkfs, const std::string& mount) {
         if (run("truncate -s 8M " + image_) != 0 || run(mkfs + " " + image_) != 0)
@@ -223,9 +205,7 @@ protected:
         ASSERT_EQ(::close(::open(file_.c_str(), O_CREAT | O_WRONLY, 0644)), 0);
     }
     void unmount() {
-        if (std::exchange(mounted_, false)) {
-            EXPECT_EQ(run("umount " + mountPoint_), 0);
-        }
+        EXPECT_TRUE(!std::exchange(mounted_, false) || run("umount " + mountPoint_) == 0);
     }
     void TearDown() override {
         unmount();
@@ -233,12 +213,11 @@ protected:
             (void)run("losetup -d " + loop_);
     }
 
-    std::string image_ = dir_ / "volume.img", mountPoint_ = dir_.mkdir("mnt"), loop_, file_;
+    std::string image_ = dir_ / "volume.img", mountPoint_ = dir_.mkdir("mnt"), loop_;
     bool mounted_ = false;
 };
 
-class NtfsVolumeTest : public VolumeTest {
-protected:
+struct NtfsVolumeTest : VolumeTest {
     void SetUp() override { mountVolume("mkntfs -F -Q", "ntfs-3g -o streams_interface=xattr"); }
 };
 
@@ -251,8 +230,7 @@ TEST_F(NtfsVolumeTest, WritesTheRealAlternateDataStreams) {
     EXPECT_EQ(bytes, createSummaryInfo(text));
 }
 
-class ExfatVolumeTest : public VolumeTest {
-protected:
+struct ExfatVolumeTest : VolumeTest {
     void SetUp() override { mountVolume("mkfs.exfat", "mount.exfat-fuse"); }
 };
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -11,10 +12,7 @@ namespace {
 
 constexpr std::uint32_t kTitleId = 2, kSubjectId = 3, kCommentsId = 6, kCreatedId = 12;
 
-struct Property {
-    std::uint32_t id;
-    std::string value;
-};
+using Property = std::pair<std::uint32_t, std::string>;  // id, value
 
 // Other programs put the values right after the table; we leave eight zero bytes.
 enum class Layout { Foreign, Ours };
@@ -28,10 +26,8 @@ std::string fromHex(std::string_view hex) {
 }
 
 std::string le32(std::uint64_t v) {
-    std::string out;
-    for (int i = 0; i < 4; ++i)
-        out += static_cast<char>((v >> (8 * i)) & 0xFF);
-    return out;
+    return {static_cast<char>(v), static_cast<char>(v >> 8), static_cast<char>(v >> 16),
+            static_cast<char>(v >> 24)};
 }
 
 // A VT_LPSTR whose Size field is `size`, the bytes zero-padded to it.
@@ -44,30 +40,20 @@ const std::string kEmptyLpstr = lpstr("", 4);
 // "Wide" as VT_LPWSTR, a type that the update cannot keep.
 const std::string kWide = fromHex("1F 00 00 00 05 00 00 00 57 00 69 00 64 00 65 00 00 00 00 00");
 const Property kCreated{kCreatedId, le32(0x40) + le32(0x5678'9ABC) + le32(0x01D9'1234)};
-Property codePage(unsigned page) {
-    return {1, le32(2) + le32(page)};
-}
-Property comments(std::string value) {
-    return {kCommentsId, std::move(value)};
-}
+const auto codePage = [](unsigned page) { return Property{1, le32(2) + le32(page)}; };
+const auto comments = [](std::string value) { return Property{kCommentsId, std::move(value)}; };
+const Property kLocale{0x80000000, le32(0x13) + le32(0x409)};
 
 // A stream with the documented header and one section holding `properties`.
-std::string propertySet(const std::vector<Property>& properties, Layout layout) {
+std::string propertySet(const std::vector<Property>& properties, Layout layout = Layout::Ours) {
     std::size_t gap = layout == Layout::Ours ? 8 : 0;
     std::string table, values;
-    for (const Property& p : properties) {
-        table += le32(p.id) + le32(8 + 8 * properties.size() + gap + values.size());
-        values += p.value;
+    for (const auto& [id, value] : properties) {
+        table += le32(id) + le32(8 + 8 * properties.size() + gap + values.size());
+        values += value;
     }
     return createSummaryInfo("").substr(0, 48) + le32(8 + table.size() + gap + values.size()) +
            le32(properties.size()) + table + std::string(gap, '\0') + values;
-}
-
-// A fresh set as we write it: CodePage, Locale, Comments.
-std::string fresh(unsigned page, const std::string& commentsValue) {
-    return propertySet(
-        {codePage(page), {0x80000000, le32(0x13) + le32(0x409)}, comments(commentsValue)},
-        Layout::Ours);
 }
 
 TEST(SummaryInfoCodecTest, FreshStreamsAreExactAndAnUpdateBuildsTheSame) {
@@ -75,10 +61,7 @@ TEST(SummaryInfoCodecTest, FreshStreamsAreExactAndAnUpdateBuildsTheSame) {
         "FE FF 00 00 05 01 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"
         "01 00 00 00 E0 85 9F F2 F9 4F 68 10 AB 91 08 00 2B 27 B3 D9 30 00 00 00";
     const std::string codePageAndLocale = "02 00 00 00 E4 04 00 00 13 00 00 00 09 04 00 00";
-    struct Row {
-        const char* name;
-        std::string description, stream;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"116 bytes", "abc",
          fromHex(header +
                  "44 00 00 00 03 00 00 00 01 00 00 00 28 00 00 00 00 00 00 80 30 00 00 00" +
@@ -88,15 +71,16 @@ TEST(SummaryInfoCodecTest, FreshStreamsAreExactAndAnUpdateBuildsTheSame) {
          fromHex(header +
                  "30 00 00 00 02 00 00 00 01 00 00 00 20 00 00 00 00 00 00 80 28 00 00 00" +
                  "00 00 00 00 00 00 00 00" + codePageAndLocale)},
-        {"Windows-1252", "caf\xC3\xA9", fresh(1252, lpstr("caf\xE9", 8))},
+        {"Windows-1252", "caf\xC3\xA9",
+         propertySet({codePage(1252), kLocale, comments(lpstr("caf\xE9", 8))})},
         {"beyond Windows-1252", "\xCE\xA9 \xE2\x82\xAC",
-         fresh(65001, lpstr("\xCE\xA9 \xE2\x82\xAC", 8))},
+         propertySet({codePage(65001), kLocale, comments(lpstr("\xCE\xA9 \xE2\x82\xAC", 8))})},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(createSummaryInfo(row.description), row.stream);
-        EXPECT_EQ(readSummaryInfoDesc(row.stream), row.description);
-        EXPECT_EQ(updateSummaryInfo(createSummaryInfo("old"), row.description), row.stream);
+    for (const auto& [name, description, stream] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(createSummaryInfo(description), stream);
+        EXPECT_EQ(readSummaryInfoDesc(stream), description);
+        EXPECT_EQ(updateSummaryInfo(createSummaryInfo("old"), description), stream);
     }
 }
 
@@ -106,84 +90,60 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
     const Property utf16 =
         comments(fromHex("1E 00 00 00 0C 00 00 00 47 00 72 00 FC 00 DF 00 A9 03 00 00"));
     const Property sjis = comments(fromHex("1E 00 00 00 08 00 00 00 93 FA 96 7B 8C EA 00 00"));
-    struct Row {
-        const char* name;
-        std::vector<Property> before;
-        std::string description;
-        std::vector<Property> after;
-    } rows[] = {
+    using Properties = std::vector<Property>;
+    const std::tuple<const char*, Properties, std::string, Properties> rows[] = {
         {"another program's set: Comments first, a wide string",
          {comments(lpstr("old text", 9)), plan, kCreated, {kSubjectId, kWide}},
          "new",
          {plan, kCreated, {kSubjectId, kEmptyLpstr}, comments(lpstr("new", 4))}},
-        {"1252, text beyond it",
-         {codePage(1252), ansi},
-         "\xCE\xA9",
-         {codePage(65001), utf8, omega}},
-        {"no page, text beyond",
-         {ansi, kCreated},
-         "\xCE\xA9",
-         {codePage(65001), utf8, kCreated, omega}},
-        {"UTF-16 set", {codePage(1200)}, "Gr\xC3\xBC\xC3\x9F\xCE\xA9", {codePage(1200), utf16}},
-        {"Shift-JIS set",
-         {codePage(932)},
-         "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E",
-         {codePage(932), sjis}},
+        {"1252 -> 65001", {codePage(1252), ansi}, "\xCE\xA9", {codePage(65001), utf8, omega}},
+        {"none -> 65001", {ansi, kCreated}, "\xCE\xA9", {codePage(65001), utf8, kCreated, omega}},
+        {"1200 (UTF-16)", {codePage(1200)}, "Gr\xC3\xBC\xC3\x9F\xCE\xA9", {codePage(1200), utf16}},
+        {"932", {codePage(932)}, "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", {codePage(932), sjis}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        std::string updated =
-            updateSummaryInfo(propertySet(row.before, Layout::Foreign), row.description);
-        EXPECT_EQ(updated, propertySet(row.after, Layout::Ours));
-        EXPECT_EQ(readSummaryInfoDesc(updated), row.description);
+    for (const auto& [name, before, description, after] : rows) {
+        SCOPED_TRACE(name);
+        std::string updated = updateSummaryInfo(propertySet(before, Layout::Foreign), description);
+        EXPECT_EQ(updated, propertySet(after));
+        EXPECT_EQ(readSummaryInfoDesc(updated), description);
     }
 }
 
-TEST(SummaryInfoCodecTest, UnrecognisedStreamsAreLeftAloneAndReadEmpty) {
+// The text ends at the first zero within Size; a value the reader cannot take reads as
+// no text, and an update leaves an unrecognised stream as it was.
+TEST(SummaryInfoCodecTest, MalformedStreamsAreReadAsFarAsTheyGo) {
     const std::string sound = createSummaryInfo("abc");
     auto patched = [&](std::size_t at, std::string_view hex) {
         return std::string(sound).replace(at, 4, fromHex(hex));
     };
-    struct Row {
-        const char* name;
-        std::string stream;
-    } rows[] = {
-        {"empty", ""},
-        {"version 1", patched(0, "FE FF 01 00")},
-        {"two sections", patched(24, "02 00 00 00")},
-        {"section not at 48", patched(44, "34 00 00 00")},
-        {"no properties", patched(52, "00 00 00 00")},
+    auto withComments = [](std::string_view hex) {
+        return propertySet({comments(fromHex(hex))}, Layout::Foreign);
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(readSummaryInfoDesc(row.stream), "");
-        EXPECT_EQ(updateSummaryInfo(row.stream, "new"), row.stream);
-    }
-}
-
-TEST(SummaryInfoCodecTest, ReaderTakesTheTextUpToTheFirstZeroWithinSize) {
-    struct Row {
-        const char* name;
-        std::string comments, expected;
-    } rows[] = {
-        {"zero in the middle", fromHex("1E 00 00 00 08 00 00 00 61 62 00 64 65 66 00 00"), "ab"},
-        {"no zero within Size", fromHex("1E 00 00 00 03 00 00 00 61 62 63 64 00 00 00 00"), "abc"},
-        {"wide string", kWide, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        std::string stream = propertySet({comments(row.comments)}, Layout::Foreign);
-        EXPECT_EQ(readSummaryInfoDesc(stream), row.expected);
-    }
-}
-
-TEST(SummaryInfoCodecTest, ValuesOutsideTheStreamAreEmptied) {
-    std::string stream =
+    std::string outside =
         propertySet({{kTitleId, lpstr("Plan", 5)}, comments(lpstr("x", 2))}, Layout::Foreign);
-    stream.replace(56 + 4, 4, fromHex("00 00 00 80"));  // Title's offset: 2^31
-    stream.replace(56 + 12, 4, fromHex("FF FF FF FF"));
-    EXPECT_EQ(readSummaryInfoDesc(stream), "");
-    EXPECT_EQ(updateSummaryInfo(stream, ""), propertySet({{kTitleId, kEmptyLpstr}}, Layout::Ours));
+    outside.replace(56 + 4, 4, fromHex("00 00 00 80"));  // Title's offset: 2^31
+    outside.replace(56 + 12, 4, fromHex("FF FF FF FF"));
+    const std::string newComments = propertySet({comments(lpstr("new", 4))});
+    // stream, text read, stream after an update to "new" ("": the stream unchanged)
+    const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
+        {"empty", "", "", ""},
+        {"version 1", patched(0, "FE FF 01 00"), "", ""},
+        {"two sections", patched(24, "02 00 00 00"), "", ""},
+        {"section not at 48", patched(44, "34 00 00 00"), "", ""},
+        {"no properties", patched(52, "00 00 00 00"), "", ""},
+        {"zero in the middle", withComments("1E 00 00 00 08 00 00 00 61 62 00 64 65 66 00 00"),
+         "ab", newComments},
+        {"no zero within Size", withComments("1E 00 00 00 03 00 00 00 61 62 63 64 00 00 00 00"),
+         "abc", newComments},
+        {"wide string", propertySet({comments(kWide)}, Layout::Foreign), "", newComments},
+        {"values outside the stream", outside, "",
+         propertySet({{kTitleId, kEmptyLpstr}, comments(lpstr("new", 4))})},
+    };
+    for (const auto& [name, stream, text, updated] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(readSummaryInfoDesc(stream), text);
+        EXPECT_EQ(updateSummaryInfo(stream, "new"), updated.empty() ? stream : updated);
+    }
 }
 
 TEST(SummaryInfoCodecTest, SharedValuesDoNotMultiplyTheStream) {
