@@ -119,10 +119,6 @@ TEST(SummaryInfoCodecTest, MalformedStreamsAreReadAsFarAsTheyGo) {
     auto withComments = [](std::string_view hex) {
         return propertySet({comments(fromHex(hex))}, Layout::Foreign);
     };
-    std::string outside =
-        propertySet({{kTitleId, lpstr("Plan", 5)}, comments(lpstr("x", 2))}, Layout::Foreign);
-    outside.replace(56 + 4, 4, fromHex("00 00 00 80"));  // Title's offset: 2^31
-    outside.replace(56 + 12, 4, fromHex("FF FF FF FF"));
     const std::string newComments = propertySet({comments(lpstr("new", 4))});
     // stream, text read, stream after an update to "new" ("": the stream unchanged)
     const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
@@ -136,8 +132,9 @@ TEST(SummaryInfoCodecTest, MalformedStreamsAreReadAsFarAsTheyGo) {
         {"no zero within Size", withComments("1E 00 00 00 03 00 00 00 61 62 63 64 00 00 00 00"),
          "abc", newComments},
         {"wide string", propertySet({comments(kWide)}, Layout::Foreign), "", newComments},
-        {"values outside the stream", outside, "",
-         propertySet({{kTitleId, kEmptyLpstr}, comments(lpstr("new", 4))})},
+        {"Comments at offset 2^32-1", patched(76, "FF FF FF FF"), "", createSummaryInfo("new")},
+        {"Locale at offset 2^31", patched(68, "00 00 00 80"), "abc",
+         propertySet({codePage(1252), {0x80000000, kEmptyLpstr}, comments(lpstr("new", 4))})},
     };
     for (const auto& [name, stream, text, updated] : rows) {
         SCOPED_TRACE(name);
