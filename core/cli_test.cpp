@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -17,7 +18,6 @@
 #include <thread>
 
 #include "platform/code_page.h"
-#include "platform/line_reader.h"
 #include "platform/lookup.h"
 #include "tests/temp_dir.h"
 
@@ -25,18 +25,14 @@ extern char** environ;
 
 namespace {
 
-const std::string kTenMegabytes(10 << 20, 'x');
+using Args = std::vector<std::string>;
 
-// A failsafe record as the database keeps it; `key` is the upper-cased path.
-std::string failsafeRecord(const std::string& key, const std::string& text) {
-    return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + text +
-           "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
-}
+const std::string kTenMegabytes(10 << 20, 'x');
 
 class CliTest : public ::testing::Test {
 protected:
     // Runs veskor-cli with the arguments and standard input into out_ and err_.
-    int run(std::vector<std::string> args, const std::string& input = "") {
+    int run(Args args, const std::string& input = "") {
         std::istringstream in(input);
         out_.str("");
         err_.str("");
@@ -45,8 +41,11 @@ protected:
     std::string failsafeFile() const { return failsafeFolder() + "/ver1.7.dat"; }
     std::string failsafeFolder() const { return home_.dataHome() + "/Kelvane/Veskor/failsafe db"; }
     std::string indexFile() const { return docs_ / "00_index.txt"; }
-    std::string record(const std::string& text) const {
-        return failsafeRecord(upperCase(target_), text);
+    // A failsafe record as the database keeps it; `key` is the upper-cased path.
+    std::string record(const std::string& text, std::string key = "") const {
+        key = key.empty() ? upperCase(target_) : key;
+        return "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + text +
+               "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
     }
 
     TempHome home_;
@@ -55,23 +54,37 @@ protected:
     std::ostringstream out_, err_;
 };
 
-// Standard input loses one final line break; bytes that are not UTF-8 are read as
-// Windows-1252 and a lone CR is a line break, as in every store.
-TEST_F(CliTest, RoundTripsAndGetPipedIntoSetChangesNothing) {
-    ASSERT_EQ(run({"set", "--export", target_}, "caf\xE9 \x80\rSecond\n"), 0) << err_.str();
-    ASSERT_EQ(run({"get", target_}), 0);
-    EXPECT_EQ(out_.str(), "caf\xC3\xA9 \xE2\x82\xAC\nSecond\n");
-    EXPECT_EQ(err_.str(), "Loaded from exported description\n");
-    const std::string exported = readFileBytes(target_ + ".description");
-    const std::string failsafe = readFileBytes(failsafeFile());
-    ASSERT_EQ(run({"set", "--export", target_}, out_.str()), 0) << err_.str();
-    EXPECT_EQ(readFileBytes(target_ + ".description"), exported);
-    EXPECT_EQ(readFileBytes(failsafeFile()), failsafe);
+// The name has blanks, quotes and non-ASCII letters. Standard input loses one final line
+// break; bytes that are not UTF-8 are read as Windows-1252 and a lone CR is a line break,
+// as in every store.
+TEST_F(CliTest, EveryStoreRoundTripsAndGetPipedIntoSetChangesNothing) {
+    const std::string target = docs_.write("my \"plan\" r\xC3\xA9sum\xC3\xA9.txt", "x");
+    const std::string cafe = "caf\xC3\xA9 \xE2\x82\xAC";
+    ASSERT_EQ(run({"set", "--export", target}, "caf\xE9 \x80\rSecond\n"), 0) << err_.str();
+    ASSERT_EQ(run({"get", target}), 0);
+    EXPECT_EQ(out_.str(), cafe + "\nSecond\n");
+    const std::string stored =
+        readFileBytes(target + ".description") + readFileBytes(failsafeFile());
+    ASSERT_EQ(run({"set", "--export", target}, out_.str()), 0) << err_.str();
+    EXPECT_EQ(readFileBytes(target + ".description") + readFileBytes(failsafeFile()), stored);
+    EXPECT_EQ(readFileBytes(indexFile()),
+              "\"my \"plan\" r\xC3\xA9sum\xC3\xA9.txt\"\r\n             " + cafe +
+                  "\r\n             Second\r\n");
+    ASSERT_EQ(run({"stores", target}), 0);
+    const std::string lines = "  " + cafe + "\n  Second\n";
+    EXPECT_EQ(out_.str(), "== exported description file (" + target + ".description)\n" + lines +
+                              "== old stream (user.description)\n  (nothing)\n" +
+                              "== summary stream (user.\\005SummaryInformation)\n" + lines +
+                              "== folder index (" + indexFile() + ")\n" + lines +
+                              "== failsafe database (" + failsafeFile() + ")\n" + lines);
 }
 
-// A refused text (exit 64) reaches no store.
-TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndMessage) {
+// A refused text (exit 64) reaches no store. A missing target shows its exported file,
+// read as every file of the program is (not UTF-8 means Windows-1252), and never saves.
+TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndOutput) {
     const std::string n30000 = std::string(29997, 'x') + "\nx";  // a line break counts 2
+    const std::string gone = docs_ / "gone.txt";
+    docs_.write("gone.txt.description", "First\nSecond caf\xE9\r\nThird");
     const std::string tooLong =
         "veskor-cli: the description has 30001 characters (line breaks count 2); at most "
         "30000 fit.\n";
@@ -79,18 +92,23 @@ TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndMessage) {
         "veskor-cli: the description holds a NUL byte, which the file's metadata cannot keep.\n";
     const std::string no = "Veskor: Delete existing description? [answered No]\n";
     const std::string root = "Veskor: You cannot create descriptions for the root folder.\n";
-    const std::tuple<const char*, std::vector<std::string>, int, std::string> rows[] = {
-        {"nothing stored yet", {"get", target_}, 3, "Description not found\n"},
-        {"deleting, answered No", {"set", target_, ""}, 1, no},
-        {"30000 characters", {"set", target_, n30000}, 0, ""},
-        {"30001 characters", {"set", target_, "x" + n30000}, 64, tooLong},
-        {"a NUL byte", {"set", target_, std::string("before\0after", 12)}, 64, nul},
-        {"root folder", {"get", docs_.path()}, 2, root},
+    const std::string notFound = "Veskor: Error: file not found.\n\"" + gone + "\"\n";
+    const std::string shown = "First\nSecond caf\xC3\xA9\nThird\n";
+    // name, call, exit code, standard output, standard error
+    const std::tuple<const char*, Args, int, std::string, std::string> rows[] = {
+        {"nothing stored yet", {"get", target_}, 3, "", "Description not found\n"},
+        {"deleting, answered No", {"set", target_, ""}, 1, "", no},
+        {"30000 characters", {"set", target_, n30000}, 0, "", ""},
+        {"30001 characters", {"set", target_, "x" + n30000}, 64, "", tooLong},
+        {"a NUL byte", {"set", target_, std::string("before\0after", 12)}, 64, "", nul},
+        {"root folder", {"get", docs_.path()}, 2, "", root},
+        {"missing target", {"set", gone, "new"}, 2, shown, notFound},
     };
-    for (const auto& [name, args, exitCode, err] : rows) {
+    for (const auto& [name, args, exitCode, out, err] : rows) {
         SCOPED_TRACE(name);
         std::remove(failsafeFile().c_str());
         EXPECT_EQ(run(args), exitCode);
+        EXPECT_EQ(out_.str(), out);
         EXPECT_EQ(err_.str(), err);
         EXPECT_EQ(fileExists(failsafeFile()), exitCode == 0);
     }
@@ -98,83 +116,42 @@ TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndMessage) {
     EXPECT_EQ(run({"get"}), 64);
 }
 
-// Its lines are shown as every file of the program is read: not UTF-8 means Windows-1252.
-TEST_F(CliTest, AMissingTargetShowsItsExportedFileAndNeverSaves) {
-    const std::string exported = "First\nSecond caf\xE9\r\nThird";
-    docs_.write("gone.txt.description", exported);
-    const std::string gone = docs_ / "gone.txt";
-    EXPECT_EQ(run({"set", gone, "new"}), 2);
-    EXPECT_EQ(out_.str(), "First\nSecond caf\xC3\xA9\nThird\n");
-    EXPECT_EQ(err_.str(), "Veskor: Error: file not found.\n\"" + gone + "\"\n");
-    EXPECT_EQ(readFileBytes(gone + ".description"), exported);
-    EXPECT_FALSE(fileExists(failsafeFile()));
-}
-
-TEST_F(CliTest, ListsWhatEachStoreHolds) {
-    ASSERT_EQ(run({"set", target_, "hello"}), 0);
-    ASSERT_EQ(run({"stores", target_}), 0);
-    EXPECT_EQ(out_.str(), "== exported description file (" + target_ +
-                              ".description)\n  (nothing)\n"
-                              "== old stream (user.description)\n  (nothing)\n"
-                              "== summary stream (user.\\005SummaryInformation)\n  hello\n"
-                              "== folder index (" +
-                              indexFile() + ")\n  hello\n== failsafe database (" + failsafeFile() +
-                              ")\n  hello\n");
-}
-
 // Other targets' lines pass through a save as the bytes they were, only a missing line
-// end added; in the index, head lines of missing items are pruned unless last.
-TEST_F(CliTest, ASaveKeepsForeignBytesInTheDatabaseAndTheIndex) {
-    const std::string binary("a\0\xC3\x28\xFF", 5);
-    for (const std::string& file : {failsafeFile(), indexFile()})
-        writeFileBytes(file, binary + "\rtwo\n" + kTenMegabytes);  // the last line unended
-    EXPECT_EQ(run({"stores", target_}), 0);
-    ASSERT_EQ(run({"set", target_, "new"}), 0) << err_.str();
-    EXPECT_TRUE(readFileBytes(failsafeFile()) ==
-                record("new") + binary + "\r\ntwo\r\n" + kTenMegabytes + "\r\n");
-    EXPECT_TRUE(readFileBytes(indexFile()) == "plan.txt     new\r\n" + kTenMegabytes + "\r\n");
-}
-
-// Settings without their header are replaced by the defaults (an index made); a file
-// with its header is read as it is (no index).
-TEST_F(CliTest, SettingsOfAnyBytesAreReadOrReplacedByTheDefaults) {
+// end added; in the index, head lines of missing items are pruned unless last. Settings
+// without their header are replaced by the defaults; with it they are read as they are.
+TEST_F(CliTest, StoreFilesAndSettingsOfAnyBytesSurviveASave) {
     const std::string settings = home_.dataHome() + "/Kelvane/Veskor/config.dat";
+    const std::string binary("a\0\xC3\x28\xFF", 5), foreign = binary + "\rtwo\n" + kTenMegabytes;
     const std::string noHeader("\0\xFF[Veskor 1.9]\0", 15),
         tenMbValue = "[Veskor 1.9]\rBgColor=" + kTenMegabytes + "\rCreate00index=0";
     for (const std::string& bytes : {noHeader, tenMbValue}) {
         const bool replaced = bytes == noHeader;
         SCOPED_TRACE(replaced ? "no header, NUL and non-UTF-8" : "10 MB value, lone CRs");
-        std::remove(indexFile().c_str());
         writeFileBytes(settings, bytes);
-        ASSERT_EQ(run({"set", target_, "text"}), 0) << err_.str();
+        for (const std::string& file : {failsafeFile(), indexFile()})
+            writeFileBytes(file, foreign);
+        EXPECT_EQ(run({"stores", target_}), 0);
+        ASSERT_EQ(run({"set", target_, "new"}), 0) << err_.str();
         EXPECT_EQ(readFileBytes(settings) != bytes, replaced);
-        EXPECT_EQ(fileExists(indexFile()), replaced);
+        EXPECT_TRUE(readFileBytes(failsafeFile()) ==
+                    record("new") + binary + "\r\ntwo\r\n" + kTenMegabytes + "\r\n");
+        EXPECT_TRUE(readFileBytes(indexFile()) ==
+                    (replaced ? "plan.txt     new\r\n" + kTenMegabytes + "\r\n" : foreign));
     }
 }
 
-TEST_F(CliTest, AnAwkwardTargetNameRoundTrips) {
-    const std::string target = docs_.write("my \"plan\" r\xC3\xA9sum\xC3\xA9.txt", "x");
-    ASSERT_EQ(run({"set", target, "text"}), 0) << err_.str();
-    EXPECT_EQ(readFileBytes(indexFile()),
-              "\"my \"plan\" r\xC3\xA9sum\xC3\xA9.txt\"\r\n             text\r\n");
-    ASSERT_EQ(run({"get", target}), 0);
-    EXPECT_EQ(out_.str(), "text");
-}
-
-// Starts the real veskor-cli, `extraEnv` ("NAME=value") added to the environment.
-pid_t startCli(std::vector<std::string> args, std::string extraEnv = "") {
-    args.insert(args.begin(), std::string(VESKOR_BINARY_DIR) + "/veskor-cli");
-    std::vector<char*> argv, envp;
+// Starts the real veskor-cli through env(1), which sets the test hook that kills it
+// after `stopAfterWrites` steps of a save (0: never).
+pid_t startCli(Args args, int stopAfterWrites = 0) {
+    args.insert(args.begin(),
+                {"/usr/bin/env", "VESKOR_TEST_STOP_AFTER_WRITES=" + std::to_string(stopAfterWrites),
+                 std::string(VESKOR_BINARY_DIR) + "/veskor-cli"});
+    std::vector<char*> argv;
     for (auto& a : args)
         argv.push_back(a.data());
-    if (!extraEnv.empty())
-        envp.push_back(extraEnv.data());
-    for (char** e = environ; *e; ++e)
-        envp.push_back(*e);
     argv.push_back(nullptr);
-    envp.push_back(nullptr);
     pid_t pid = 0;
-    EXPECT_EQ(posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), envp.data()), 0);
+    EXPECT_EQ(posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ), 0);
     return pid;
 }
 
@@ -184,10 +161,11 @@ int waitFor(pid_t pid) {
     return status;
 }
 
+// Every record is three lines, so a lost or torn record shows in the count.
 TEST_F(CliTest, ConcurrentSavesKeepEveryRecord) {
     std::string db;
     for (int i = 0; i < 50000; ++i)
-        db += failsafeRecord(upperCase(docs_ / ("old" + std::to_string(i))), "record");
+        db += record("record", upperCase(docs_ / ("old" + std::to_string(i))));
     writeFileBytes(failsafeFile(), db);
     std::vector<pid_t> children;
     for (int i = 0; i < 12; ++i) {
@@ -196,11 +174,8 @@ TEST_F(CliTest, ConcurrentSavesKeepEveryRecord) {
     }
     for (pid_t pid : children)
         EXPECT_EQ(waitFor(pid), 0);
-    LineReader reader(failsafeFile());
-    int begins = 0;
-    for (std::string line; reader.next(line);)
-        begins += line.rfind("Veskor failsafe DB 1.7 BEGIN ", 0) == 0;
-    EXPECT_EQ(begins, 50012);
+    db = readFileBytes(failsafeFile());
+    EXPECT_EQ(std::count(db.begin(), db.end(), '\n'), 3 * 50012);
 }
 
 // A save killed right after any step that changes a file on disk leaves the failsafe
@@ -208,30 +183,24 @@ TEST_F(CliTest, ConcurrentSavesKeepEveryRecord) {
 TEST_F(CliTest, ASaveKilledAtAnyStepLeavesEachFileOldOrNew) {
     docs_.write("kept.txt", "x");
     // Large enough that each file is written in several pieces.
-    std::string oldDb = record("old text"), oldIndex = "plan.txt     old\r\nkept.txt     body\r\n";
+    std::string others, kept = "kept.txt     body\r\n";
     for (int i = 0; i < 4000; ++i) {
-        oldDb += failsafeRecord("/OTHER/FILE" + std::to_string(i), "record");
-        oldIndex += "             continued " + std::to_string(i) + "\r\n";
+        others += record("record", "/OTHER/FILE" + std::to_string(i));
+        kept += "             continued " + std::to_string(i) + "\r\n";
     }
-    auto restoreOld = [&] {
-        writeFileBytes(failsafeFile(), oldDb);
-        writeFileBytes(indexFile(), oldIndex);
-    };
-    restoreOld();
-    ASSERT_EQ(run({"set", target_, "new text"}), 0);
-    const std::string newDb = readFileBytes(failsafeFile()), newIndex = readFileBytes(indexFile());
-    ASSERT_TRUE(newDb != oldDb && newIndex != oldIndex);
-
+    const std::string oldDb = record("old text") + others, newDb = record("new text") + others;
+    const std::string oldIndex = "plan.txt     old\r\n" + kept,
+                      newIndex = "plan.txt     new text\r\n" + kept;
     int kills = 0;
     bool sawNewDbWithOldIndex = false;
     for (int step = 1; step < 100; ++step) {
         SCOPED_TRACE("killed after step " + std::to_string(step));
-        restoreOld();
-        const int status = waitFor(startCli(
-            {"set", target_, "new text"}, "VESKOR_TEST_STOP_AFTER_WRITES=" + std::to_string(step)));
+        writeFileBytes(failsafeFile(), oldDb);
+        writeFileBytes(indexFile(), oldIndex);
+        const int status = waitFor(startCli({"set", target_, "new text"}, step));
         const std::string dbNow = readFileBytes(failsafeFile()),
                           indexNow = readFileBytes(indexFile());
-        if (WIFEXITED(status)) {
+        if (WIFEXITED(status)) {  // the save had fewer steps and ran to its end
             EXPECT_EQ(WEXITSTATUS(status), 0);
             EXPECT_TRUE(dbNow == newDb && indexNow == newIndex);
             break;

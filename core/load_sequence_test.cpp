@@ -42,32 +42,28 @@ TEST_F(LoadSequenceTest, TakesTheStoreOfHighestPrecedence) {
     EXPECT_TRUE(editor_.textFocused);
 }
 
-TEST_F(LoadSequenceTest, OpensAFolderForEditingLikeAFile) {
-    dir_.mkdir("docs/Old");
-    setTarget("docs/Old");
-    putIndexEntry("an old folder");
-    loadDescription(state_, editor_);
-    EXPECT_EQ(editor_.text(), "an old folder\r\n");
-    EXPECT_EQ(editor_.caption, "Old - Veskor");
-    EXPECT_EQ(editor_.openIcon, "folder");
-    EXPECT_TRUE(editor_.updateEnabled() && editor_.cancelEnabled && editor_.optionsEnabled);
-}
-
-TEST_F(LoadSequenceTest, ShortensLongNamesInTheCaption) {
+// Names over 40 characters are cut in the middle of the caption; a folder opens for
+// editing like a file, with its own icon.
+TEST_F(LoadSequenceTest, NamesTheTargetInTheCaptionWithItsIcon) {
     const std::string forty(40, 'n'), fortyOne = "abc" + std::string(35, 'm') + "xyz";
-    const std::pair<std::string, std::string> cases[] = {
-        {forty, forty},
-        {fortyOne, "abc..." + fortyOne.substr(4)},
+    const std::tuple<std::string, std::string, bool> rows[] = {
+        {forty, forty, false},
+        {fortyOne, "abc..." + fortyOne.substr(4), false},
         {"\xC3\xA9" + std::string(40, 'e'),
-         "\xC3\xA9" + std::string(2, 'e') + "..." + std::string(37, 'e')},
+         "\xC3\xA9" + std::string(2, 'e') + "..." + std::string(37, 'e'), false},
+        {"Old", "Old", true},
     };
-    for (const auto& [name, caption] : cases) {
+    for (const auto& [name, caption, folder] : rows) {
         SCOPED_TRACE(name);
-        dir_.write("docs/" + name, "x");
+        folder ? dir_.mkdir("docs/" + name) : dir_.write("docs/" + name, "x");
         setTarget("docs/" + name);
-        PlainEditorState editor;
-        loadDescription(state_, editor);
-        EXPECT_EQ(editor.caption, caption + " - Veskor");
+        putExported("described");
+        editor_ = PlainEditorState();
+        loadDescription(state_, editor_);
+        EXPECT_EQ(editor_.text(), "described\r\n");
+        EXPECT_EQ(editor_.caption, caption + " - Veskor");
+        EXPECT_EQ(editor_.openIcon, folder ? "folder" : "file");
+        EXPECT_TRUE(editor_.updateEnabled() && editor_.cancelEnabled && editor_.optionsEnabled);
     }
 }
 

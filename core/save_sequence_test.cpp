@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdio>
 
 #include "platform/lookup.h"
@@ -12,6 +13,7 @@
 namespace {
 
 using Texts = std::vector<std::string>;
+using Left = std::array<bool, 3>;  // whether the failsafe, exported and index files exist
 
 const std::string kExportError = "Error: Problem while updating exported description file.";
 const std::string kNtfsWarning =
@@ -22,12 +24,10 @@ const std::string kNtfsWarning =
 
 // ext4 keeps about 4 KiB in one attribute value: a longer description makes the
 // summary stream's write fail for real.
-const std::string kTooLongForTheStreams(6000, 'L');
+const std::string kTooLong(6000, 'L');
 
 class SaveSequenceTest : public StoreFixture {
 protected:
-    SaveSequenceTest() { editor_.setCancelEnabled(true); }
-
     // Saves `text` with a fresh prompter that gives `answers`.
     SaveOutcome save(const std::string& text, std::deque<Answer> answers = {}) {
         prompter_ = ScriptedPrompter();
@@ -43,8 +43,10 @@ protected:
     std::string record(const std::string& lines) const {
         return beginLine() + "\r\n" + lines + endLine() + "\r\n";
     }
-    bool exportedExists() const { return fileExists(target() + ".description"); }
-    bool indexExists() const { return fileExists(state_.target.indexFile); }
+    Left storeFilesLeft() const {
+        return {fileExists(failsafeFile()), fileExists(target() + ".description"),
+                fileExists(state_.target.indexFile)};
+    }
     void removeStoreFiles() {
         for (const std::string& path :
              {failsafeFile(), target() + ".description", state_.target.indexFile})
@@ -52,40 +54,31 @@ protected:
     }
 };
 
-TEST_F(SaveSequenceTest, DoesNothingWhileTheUpdateButtonIsDisabled) {
-    editor_.setText("text");
-    EXPECT_EQ(Command1_Click(state_, editor_, prompter_), SaveOutcome::NotRun);
-    EXPECT_FALSE(fileExists(failsafeFile()));
-}
-
-TEST_F(SaveSequenceTest, AnEmptyBoxDeletesEverywhereOnlyAfterYes) {
-    putExported("old");
-    putIndexEntry("old");
-    putFailsafeRecord("old\r\n");
-    putSummary("old");
-    editor_.setUpdateBold(true);
-    EXPECT_EQ(save(""), SaveOutcome::ReturnedToEditing);
-    EXPECT_EQ(prompter_.texts(), Texts{"Delete existing description?"});
-    EXPECT_EQ(failsafe(), record("old\r\n"));
-    EXPECT_TRUE(editor_.updateBold());
-    expectBackInEditing();
-    EXPECT_EQ(save("", {Answer::Yes}), SaveOutcome::Stored);
-    EXPECT_FALSE(exportedExists() || indexExists());
-    EXPECT_EQ(failsafe() + summaryText(), "");
-}
-
-// Every store gets the text; the failsafe markers are blanked, but not in the streams.
-TEST_F(SaveSequenceTest, WritesEveryEnabledStoreBlankingOnlyTheFullMarkerTexts) {
-    editor_.setExportChecked(true);
+// The failsafe markers are blanked, but not in the streams. Deleting removes the exported
+// file whether the box is ticked or not. Nothing happens while Update is disabled.
+TEST_F(SaveSequenceTest, WritesEveryStoreAndDeletesFromEveryStoreOnlyAfterYes) {
     const std::string typed =
         "a veskor FAILSAFE db 1.7 begin b\r\nVeskor failsafe DB 1.7 END c failsafe DB 1.7 END";
     const std::string blanked = "a   b\r\n", blanked2 = "  c failsafe DB 1.7 END\r\n";
+    editor_.setExportChecked(true);
+    EXPECT_EQ(Command1_Click(state_, editor_, prompter_), SaveOutcome::NotRun);
     EXPECT_EQ(save(typed), SaveOutcome::Stored);
     EXPECT_EQ(failsafe(), record(blanked + blanked2));
     EXPECT_EQ(exported(), blanked + blanked2);
     EXPECT_EQ(index(), "plan.txt     " + blanked + "             " + blanked2);
     EXPECT_EQ(summaryText(), typed);
     EXPECT_EQ(prompter_.texts(), Texts{});
+
+    editor_.setExportChecked(false);
+    editor_.setUpdateBold(true);
+    EXPECT_EQ(save(""), SaveOutcome::ReturnedToEditing);
+    EXPECT_EQ(prompter_.texts(), Texts{"Delete existing description?"});
+    EXPECT_EQ(failsafe(), record(blanked + blanked2));
+    EXPECT_TRUE(editor_.updateBold());
+    expectBackInEditing();
+    EXPECT_EQ(save("", {Answer::Yes}), SaveOutcome::Stored);
+    EXPECT_EQ(storeFilesLeft(), (Left{fileExists(failsafeFile()), false, false}));
+    EXPECT_EQ(failsafe() + summaryText(), "");  // an empty database file may stay
 }
 
 // Saving writes nothing; deleting removes only the exported file.
@@ -99,34 +92,35 @@ TEST_F(SaveSequenceTest, AVanishedTargetEndsWithoutStoring) {
         EXPECT_EQ(prompter_.texts(),
                   Texts{text.empty() ? "Delete existing description?"
                                      : "Error: Target appears to no longer exist."});
-        EXPECT_EQ(exportedExists(), !text.empty());
+        EXPECT_EQ(storeFilesLeft(), (Left{true, !text.empty(), false}));
         EXPECT_EQ(failsafe(), record("kept\r\n"));
-        EXPECT_FALSE(indexExists());
     }
 }
 
-// Each store fails for real: a folder stands where its file must be written.
+// Each store fails for real: a folder stands where its file must be written. The last
+// row's export stands in for the streams, which cannot hold the text.
 TEST_F(SaveSequenceTest, StopsAtTheFirstStoreThatFailsAndKeepsWhatWasWritten) {
+    const std::string failsafeError = "Error: Problem while updating filesafe DB.";
     const std::string indexError =
         "Error: Problem while updating '00_index.txt' file.\r\n(You can disable '00_index.txt' "
         "creation in Options.)";
-    const std::tuple<const char*, std::string, bool, bool> rows[] = {
-        // blocked file, message, failsafe written, exported written
-        {"data/failsafe db/ver1.7.dat", "Error: Problem while updating filesafe DB.", false, false},
-        {"docs/plan.txt.description", kExportError, true, false},
-        {"docs/00_index.txt", indexError, true, true},
+    const std::string typed = "new text";
+    const std::tuple<std::string, std::string, bool, std::string, Left> rows[] = {
+        // blocked file, text, export box, message, store files left
+        {"data/failsafe db/ver1.7.dat", typed, true, failsafeError, {false, false, false}},
+        {"docs/plan.txt.description", typed, true, kExportError, {true, false, false}},
+        {"docs/00_index.txt", typed, true, indexError, {true, true, false}},
+        {"docs/plan.txt.description", kTooLong, false, kExportError, {true, false, true}},
     };
-    for (const auto& [blocked, message, failsafeWritten, exportedWritten] : rows) {
-        SCOPED_TRACE(blocked);
+    for (const auto& [blocked, text, boxTicked, message, left] : rows) {
+        SCOPED_TRACE(blocked + (boxTicked ? "" : " as the fallback"));
         removeStoreFiles();
         const std::string blocker = dir_.mkdir(blocked);
-        editor_.setExportChecked(true);
-        EXPECT_EQ(save("new text"), SaveOutcome::ReturnedToEditing);
+        editor_.setExportChecked(boxTicked);
+        EXPECT_EQ(save(text), SaveOutcome::ReturnedToEditing);
         ::rmdir(blocker.c_str());
         EXPECT_EQ(prompter_.texts(), Texts{message});
-        EXPECT_EQ(fileExists(failsafeFile()), failsafeWritten);
-        EXPECT_EQ(exportedExists(), exportedWritten);
-        EXPECT_FALSE(indexExists());
+        EXPECT_EQ(storeFilesLeft(), left);
         EXPECT_EQ(summaryText(), "");
         expectBackInEditing();
     }
@@ -151,22 +145,13 @@ TEST_F(SaveSequenceTest, FallsBackWhenTheStreamsCannotBeWritten) {
         state_.options.optionsCreate00index = index;
         state_.options.optionsCreateExpDescNonNTFS = exportNonNtfs;
         editor_.setExportChecked(boxTicked);
-        EXPECT_EQ(save(kTooLongForTheStreams, {answer}), outcome);
+        EXPECT_EQ(save(kTooLong, {answer}), outcome);
         EXPECT_EQ(prompter_.texts(), index == 0 ? Texts{kNtfsWarning} : Texts{});
-        EXPECT_EQ(editor_.exportChecked(), boxTicked || exportNonNtfs == 1);
-        EXPECT_EQ(exportedExists(), boxTicked || exportNonNtfs == 1);
-        EXPECT_EQ(indexExists(), index == 1);
-        EXPECT_EQ(failsafe(), record(kTooLongForTheStreams + "\r\n"));
+        const bool exported = boxTicked || exportNonNtfs == 1;
+        EXPECT_EQ(editor_.exportChecked(), exported);
+        EXPECT_EQ(storeFilesLeft(), (Left{true, exported, index == 1}));
+        EXPECT_EQ(failsafe(), record(kTooLong + "\r\n"));
     }
-}
-
-TEST_F(SaveSequenceTest, AFailingFallbackExportReturnsToEditing) {
-    state_.options.optionsCreate00index = state_.options.optionsCreateExpDescNonNTFS = 1;
-    dir_.mkdir("docs/plan.txt.description");
-    EXPECT_EQ(save(kTooLongForTheStreams), SaveOutcome::ReturnedToEditing);
-    EXPECT_EQ(prompter_.texts(), Texts{kExportError});
-    EXPECT_TRUE(indexExists());
-    expectBackInEditing();
 }
 
 }  // namespace

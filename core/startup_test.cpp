@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <gtest/gtest.h>
-#include <cstdlib>
 
 #include "platform/environment.h"
 #include "platform/lookup.h"
@@ -13,28 +12,24 @@
 
 namespace {
 
-constexpr const char* kDefaultFile =
-    "[Veskor 1.9]\r\nCreate00index=1\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=0\r\n"
-    "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=0\r\nBgColor=0\r\n";
-
 using Lines = std::vector<std::string>;
 
-// Records which of the window's steps ran, in order.
+// Records which of the window's steps ran, in order, and the colour it was given.
 class RecordingWindow : public StartupWindow {
 public:
     void beginStartup() override { steps.push_back("begin"); }
     void clearDescription() override { steps.push_back("clear"); }
     void settingsReady(const SharedState& state) override {
-        steps.push_back("settings");
-        bgColorSeen = state.options.optionsBgColor;
+        steps.push_back("colour " + std::to_string(static_cast<int>(state.options.optionsBgColor)));
     }
     Lines steps;
-    double bgColorSeen = -99;
 };
 
 class StartupTest : public ::testing::Test {
 protected:
     StartupResult start(const std::string& program, const std::string& dataHome) {
+        prompter_.shown.clear();
+        window_.steps.clear();
         return runStartup(state_, {program, dataHome}, prompter_, window_);
     }
 
@@ -47,19 +42,36 @@ protected:
     RecordingWindow window_;
 };
 
+// A second start takes the folder as it is: a plain file named "failsafe db" satisfies
+// the lookup, the settings are read over fresh defaults and the first run's target is
+// forgotten.
 TEST_F(StartupTest, FirstStartCreatesAPrivateDataFolderAndTheDefaultSettings) {
     ASSERT_EQ(start(program_, appDataFolder()), StartupResult::Continue);
     const std::string data = home_.dataHome() + "/Kelvane/Veskor/";
     EXPECT_EQ(state_.data.appPath, program_ + "/");
     EXPECT_EQ(state_.data.appDataPath, data);
-    EXPECT_TRUE(IsADirectory(data + "failsafe db"));
-    EXPECT_EQ(readFileBytes(data + "config.dat"), kDefaultFile);
+    EXPECT_EQ(readFileBytes(data + "config.dat"),
+              "[Veskor 1.9]\r\nCreate00index=1\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=0\r\n"
+              "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=0\r\nBgColor=0\r\n");
     struct stat st {};
     ASSERT_EQ(::stat(home_.dataHome().c_str(), &st), 0);  // ~/.local/share made here
     EXPECT_EQ(st.st_mode & 0777, 0700u);
     EXPECT_FALSE(entryExists(program_ + "/failsafe db"));
     EXPECT_TRUE(prompter_.shown.empty());
-    EXPECT_EQ(window_.steps, (Lines{"begin", "clear", "settings"}));
+    EXPECT_EQ(window_.steps, (Lines{"begin", "clear", "colour 0"}));
+
+    ASSERT_EQ(::rmdir((data + "failsafe db").c_str()), 0);  // made as a folder
+    writeFileBytes(data + "failsafe db", "");
+    writeFileBytes(data + "config.dat", "[Veskor 1.9]\r\nBgColor=3\r\n");
+    state_.options = Options{5, 5, 5, 5, 5, 5, 5};
+    state_.target = TargetPaths{"/old/a.txt", "a.txt", "/old/", "/old/00_index.txt"};
+    state_.targetFileDesc = "old";
+    ASSERT_EQ(start(program_, appDataFolder()), StartupResult::Continue);
+    EXPECT_EQ(state_.data.failsafeDBpath, data + "failsafe db/");
+    EXPECT_EQ(window_.steps.back(), "colour 3");
+    EXPECT_EQ(state_.options.optionsCreate00index, 1);
+    EXPECT_EQ(
+        state_.target.targetFileFullPathname + state_.target.indexFile + state_.targetFileDesc, "");
 }
 
 TEST_F(StartupTest, RunsPortableWhenNoDataFolderCanBeHad) {
@@ -72,22 +84,6 @@ TEST_F(StartupTest, RunsPortableWhenNoDataFolderCanBeHad) {
         EXPECT_TRUE(IsADirectory(program + "failsafe db") && fileExists(program + "config.dat"));
         EXPECT_TRUE(prompter_.shown.empty());
     }
-}
-
-// A plain file named "failsafe db" satisfies the lookup; the settings are read over
-// fresh defaults and the target of an earlier run is forgotten.
-TEST_F(StartupTest, TakesAnExistingDataFolderAsItIs) {
-    dir_.write("xdg/Kelvane/Veskor/failsafe db", "");
-    dir_.write("xdg/Kelvane/Veskor/config.dat", "[Veskor 1.9]\r\nBgColor=3\r\n");
-    state_.options = Options{5, 5, 5, 5, 5, 5, 5};
-    state_.target = TargetPaths{"/old/a.txt", "a.txt", "/old/", "/old/00_index.txt"};
-    state_.targetFileDesc = "old";
-    ASSERT_EQ(start(program_, dir_ / "xdg"), StartupResult::Continue);
-    EXPECT_EQ(state_.data.appDataPath, dir_ / "xdg/Kelvane/Veskor/");
-    EXPECT_EQ(window_.bgColorSeen, 3);
-    EXPECT_EQ(state_.options.optionsCreate00index, 1);
-    EXPECT_EQ(state_.target.targetFileFullPathname + state_.target.indexFile, "");
-    EXPECT_EQ(state_.targetFileDesc, "");
 }
 
 // With the data home blocked, the program folder is the last place left.
@@ -109,8 +105,6 @@ TEST_F(StartupTest, EndsWithItsMessageWhenNoDataFolderOrSettingsCanBeHad) {
     };
     for (const auto& [name, program, texts, title, steps] : rows) {
         SCOPED_TRACE(name);
-        prompter_.shown.clear();
-        window_.steps.clear();
         EXPECT_EQ(start(program, blocked_), StartupResult::EndProgram);
         ASSERT_EQ(prompter_.texts(), texts);
         EXPECT_EQ(prompter_.shown.back().title, title);

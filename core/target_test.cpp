@@ -11,21 +11,9 @@
 
 namespace {
 
-void expectRefusedWith(const ScriptedPrompter& prompter, const std::string& text) {
-    ASSERT_EQ(prompter.texts(), std::vector<std::string>{text});
-    EXPECT_EQ(prompter.shown[0].title, "Veskor");
-    EXPECT_EQ(prompter.shown[0].icon, Icon::Critical);
-    EXPECT_EQ(prompter.shown[0].buttons, Buttons::Ok);
-}
-
 class TargetTest : public ::testing::Test {
 protected:
     TargetTest() { state_.data.failsafeDBpath = dir_.mkdir("data/failsafe db") + "/"; }
-
-    ExistenceResult acceptAndCheck(const std::string& path) {
-        EXPECT_EQ(acceptTarget(path, state_, prompter_), TargetResult::Accepted);
-        return checkTargetExists(state_, prompter_, reading_);
-    }
 
     TempDir dir_;
     SharedState state_;
@@ -59,11 +47,6 @@ TEST_F(TargetTest, ResolvesTheArgumentToTheTargetPaths) {
     EXPECT_TRUE(prompter_.shown.empty());
 }
 
-TEST_F(TargetTest, TakesThePickersPathUnchanged) {
-    ASSERT_EQ(acceptTarget("/docs/./old/../Plan.txt", state_, prompter_), TargetResult::Accepted);
-    EXPECT_EQ(state_.target.targetFileFullPathname, "/docs/./old/../Plan.txt");
-}
-
 // Refused when the argument is resolved, or when the resolved target is looked up.
 TEST_F(TargetTest, RefusesTargetsWithoutADescription) {
     const std::string tooLong = "/" + std::string(243, 'a');
@@ -92,15 +75,22 @@ TEST_F(TargetTest, RefusesTargetsWithoutADescription) {
         SharedState state = state_;
         EXPECT_TRUE(resolveTarget(argument, state, prompter) == TargetResult::EndProgram ||
                     checkTargetExists(state, prompter, reading_) == ExistenceResult::EndProgram);
-        expectRefusedWith(prompter, text);
+        ASSERT_EQ(prompter.texts(), std::vector<std::string>{text});
+        EXPECT_EQ(prompter.shown[0].title, "Veskor");
+        EXPECT_EQ(prompter.shown[0].icon, Icon::Critical);
+        EXPECT_EQ(prompter.shown[0].buttons, Buttons::Ok);
     }
 }
 
-TEST_F(TargetTest, DerivesTheFolderPathsOfAnExistingTarget) {
+// The picker's path is taken as it is, not normalised like an argument.
+TEST_F(TargetTest, TakesThePickersPathAndDerivesTheFolderPathsOfAnExistingTarget) {
+    ASSERT_EQ(acceptTarget("/docs/./old/../Plan.txt", state_, prompter_), TargetResult::Accepted);
+    EXPECT_EQ(state_.target.targetFileFullPathname, "/docs/./old/../Plan.txt");
     state_.targetFileDesc = "left over";
     for (const std::string& target : {dir_.write("docs/Plan.txt", "x"), dir_.mkdir("docs/sub")}) {
         SCOPED_TRACE(target);
-        ASSERT_EQ(acceptAndCheck(target), ExistenceResult::Exists);
+        ASSERT_EQ(acceptTarget(target, state_, prompter_), TargetResult::Accepted);
+        ASSERT_EQ(checkTargetExists(state_, prompter_, reading_), ExistenceResult::Exists);
         EXPECT_EQ(state_.target.indexFile, dir_ / "docs/00_index.txt");
         EXPECT_EQ(state_.targetFileDesc, "");
     }
