@@ -23,20 +23,18 @@ protected:
     }
 };
 
-TEST_F(EditCommandsTest, FindIgnoresCaseProposesTheSelectionAndSaysDoneAfterTheLastMatch) {
+TEST_F(EditCommandsTest, FindAndReplaceProposeTheSelectionAndSayDoneOnlyAfterTheLastMatch) {
+    using enum Answer;
     form_.setText("one line\r\nsecond LiNe");
     form_.selectText(4, 4);
     prompter_.inputAnswers = {"LINE"};
-    prompter_.answers = {Answer::Yes, Answer::Yes};
+    prompter_.answers = {Yes, Yes};
     press(Qt::Key_F);
     EXPECT_EQ(prompter_.inputs[0].proposed, "line");
     EXPECT_EQ(prompter_.inputs[0].title, "Find - Veskor");
     EXPECT_EQ(prompter_.texts(), (Texts{"Continue searching?", "Continue searching?", "Done."}));
     EXPECT_EQ(box()->textCursor().selectedText(), QStringLiteral("LiNe"));
-}
 
-TEST_F(EditCommandsTest, ReplaceAsksAtEachMatchAndSaysDoneOnlyAtTheEnd) {
-    using enum Answer;
     const std::string ask = "Replace? (Warning: cannot be undone)", done = "Done.";
     const std::string remove = "Remove specified search string(s)?";
     const struct {

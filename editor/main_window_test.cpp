@@ -17,8 +17,19 @@ namespace {
 
 using MainWindowTest = MainWindowFixture;
 
-TEST_F(MainWindowTest, OpensWithTheToolbarHiddenAndTwoTogglesComeBackExactly) {
+TEST_F(MainWindowTest, OpensInTheDesignFontsWithTheToolbarHiddenAndTwoTogglesComeBackExactly) {
     start(fileTarget());
+    const std::pair<const char*, qreal> kSizes[] = {
+        {"Command5", 9.75}, {"Combo1", 8},  {"Text2", 8},     {"Label2", 8},
+        {"Label4", 11},     {"Label5", 10}, {"Command1", 10}, {"Text1", 8}};
+    for (const auto& [name, points] : kSizes)
+        EXPECT_EQ(control<QWidget>(name)->font().pointSizeF(), points) << name;
+    EXPECT_TRUE(box()->font().bold());
+    EXPECT_TRUE(control<QWidget>("Label2")->font().bold());
+    EXPECT_TRUE(control<QWidget>("Label4")->font().italic());
+    EXPECT_EQ(QFontInfo(control<QWidget>("Label3")->font()).family(),
+              QFontInfo(QFont(QStringLiteral("Arial"))).family());
+
     auto* bar = control<QPushButton>("Command5");
     const auto expectToolbar = [&](bool shown, const QRect& boxPlace, const char* tip) {
         EXPECT_EQ(twips(box()), boxPlace);
@@ -98,27 +109,20 @@ TEST_F(MainWindowTest, EscInTheReadingStateOfAMissingTargetEndsWithoutAQuestion)
     EXPECT_EQ(prompter_.shown.size(), 1u);  // the load's "file not found" alone
 }
 
-TEST_F(MainWindowTest, BackgroundColourPaintsLabelsAndShadesButtons) {
-    for (const auto& [name, position, theme, shade] :
-         {std::tuple{"Red", 3, QColor(240, 64, 64), QColor(230, 54, 54)},
-          {"White", 4, QColor(247, 247, 247), QColor(237, 237, 237)}}) {
-        SCOPED_TRACE(name);
-        MainWindowFixture run;
-        run.writeSettings("[Veskor 1.9]\r\nBgColor=" + std::to_string(position) + "\r\n");
-        run.start(run.fileTarget());
+// The window opens in the settings' White; Esc leaves the options unstored, OK stores them
+// and paints the window in the Red chosen.
+TEST_F(MainWindowTest, OnlyOkInTheOptionsStoresThemAndRepaintsTheWindow) {
+    const auto expectColours = [&](const QColor& theme, const QColor& shade) {
         for (const char* label : {"Label2", "Label3", "Label4", "Label5", "Label6"})
-            EXPECT_EQ(run.control<QWidget>(label)->palette().color(QPalette::Window), theme)
-                << label;
-        EXPECT_EQ(run.box()->palette().color(QPalette::Base), theme);
+            EXPECT_EQ(control<QWidget>(label)->palette().color(QPalette::Window), theme) << label;
+        EXPECT_EQ(box()->palette().color(QPalette::Base), theme);
         for (const char* button : {"Command1", "Command2", "Command3", "Command4", "Command5",
                                    "Combo1", "Combo2", "Check1"})
-            EXPECT_EQ(run.control<QWidget>(button)->palette().color(QPalette::Button), shade)
-                << button;
-    }
-}
-
-TEST_F(MainWindowTest, OptionsForgetWhatEscLeftAndOkWritesConfigAndTicksTheExportBox) {
+            EXPECT_EQ(control<QWidget>(button)->palette().color(QPalette::Button), shade) << button;
+    };
+    writeSettings("[Veskor 1.9]\r\nBgColor=4\r\n");
     start(fileTarget());
+    expectColours(QColor(247, 247, 247), QColor(237, 237, 237));
     Form4& options = form_.optionsDialog();
     auto* exportBox = options.findChild<QCheckBox*>(QStringLiteral("Check4"));
     QTest::keyClick(box(), Qt::Key_F12);
@@ -132,26 +136,11 @@ TEST_F(MainWindowTest, OptionsForgetWhatEscLeftAndOkWritesConfigAndTicksTheExpor
     options.findChild<QComboBox*>(QStringLiteral("Combo1"))->setCurrentIndex(2);
     options.findChild<QComboBox*>(QStringLiteral("Combo3"))->setCurrentIndex(3);
     QTest::mouseClick(options.findChild<QPushButton*>(QStringLiteral("Command1")), Qt::LeftButton);
-
     EXPECT_TRUE(control<QCheckBox>("Check1")->isChecked());
-    EXPECT_EQ(control<QWidget>("Label6")->palette().color(QPalette::Window), QColor(240, 64, 64));
+    expectColours(QColor(240, 64, 64), QColor(230, 54, 54));
     EXPECT_EQ(readFileBytes(configFile()),
               "[Veskor 1.9]\r\nCreate00index=1\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=2\r\n"
               "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=1\r\nBgColor=3\r\n");
-}
-
-TEST_F(MainWindowTest, ControlsShowTheDesignFacesAtTheirNormalSizes) {
-    start(fileTarget());
-    const std::pair<const char*, qreal> kSizes[] = {
-        {"Command5", 9.75}, {"Combo1", 8},  {"Text2", 8},     {"Label2", 8},
-        {"Label4", 11},     {"Label5", 10}, {"Command1", 10}, {"Text1", 8}};
-    for (const auto& [name, points] : kSizes)
-        EXPECT_EQ(control<QWidget>(name)->font().pointSizeF(), points) << name;
-    EXPECT_TRUE(box()->font().bold());
-    EXPECT_TRUE(control<QWidget>("Label2")->font().bold());
-    EXPECT_TRUE(control<QWidget>("Label4")->font().italic());
-    EXPECT_EQ(QFontInfo(control<QWidget>("Label3")->font()).family(),
-              QFontInfo(QFont(QStringLiteral("Arial"))).family());
 }
 
 TEST_F(MainWindowTest, TheHighDpiSettingLowersTheFontsOfTheWindowAndOfTheOptionsWhenShown) {

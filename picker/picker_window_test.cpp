@@ -15,10 +15,8 @@
 namespace {
 
 // The real disk with the drives a test adds.
-class MoreDrives : public PickerFileSystem {
-public:
+struct MoreDrives : PickerFileSystem {
     std::vector<std::string> extraMounts;
-
     std::vector<std::string> mountPoints() const override {
         auto mounts = PickerFileSystem::mountPoints();
         mounts.insert(mounts.end(), extraMounts.begin(), extraMounts.end());
@@ -28,13 +26,13 @@ public:
 
 using Names = std::vector<std::string>;
 
-// The picker on a home folder with "Documents" but no "My Documents".
+// The picker on a home folder with "Documents" but no "My Documents", and a drive that
+// cannot be read.
 class PickerWindowTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::filesystem::create_directory(docs_);
         auto disk = std::make_unique<MoreDrives>();
-        disk_ = disk.get();
+        disk->extraMounts = {app_ / "no-medium"};
         picker_.setFileSystem(std::move(disk));
         QObject::connect(&picker_, &Form2::targetChosen,
                          [this](const QString& path) { chosen_.push_back(path.toStdString()); });
@@ -43,10 +41,6 @@ protected:
     void files(std::initializer_list<std::string> names) {
         for (const std::string& name : names)
             writeFileBytes(docs_ + name, "x");
-    }
-    void open() {
-        picker_.showPicker();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
     }
     template <typename T>
     T* control(const char* name) {
@@ -72,7 +66,6 @@ protected:
     TempDir app_;
     std::string docs_ = home_.home() + "/Documents";
     Form2 picker_{app_.path()};
-    MoreDrives* disk_ = nullptr;  // owned by the picker
     Names chosen_;
 };
 
@@ -98,7 +91,8 @@ TEST_F(PickerWindowTest, OpensOnDocumentsAndChoosesWhatIsSelectedOrTyped) {
         {"dot file alone in its folder", d + "/dots/.rc", "Loading...", d + "/dots/.rc", "", "*.*"},
     };
     files({"/a.txt", "/B.TXT", "/c.doc", "/sub/d.doc", "/dots/.rc"});
-    open();
+    picker_.showPicker();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
     EXPECT_TRUE(box()->hasFocus());
     EXPECT_EQ(status(), docs_);
     auto* select = control<QPushButton>("Command1");
@@ -123,8 +117,8 @@ TEST_F(PickerWindowTest, OpensOnDocumentsAndChoosesWhatIsSelectedOrTyped) {
 
 TEST_F(PickerWindowTest, F5ShowsANewFileAndAFolderOrDriveThatCannotBeReadSaysSo) {
     files({"/top.txt", "/vanished/inner.txt"});
-    disk_->extraMounts = {app_ / "no-medium"};
-    open();
+    picker_.showPicker();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
     files({"/new.txt"});
     QTest::keyClick(box(), Qt::Key_F5);
     EXPECT_EQ(fileNames(), "new.txt top.txt");

@@ -46,7 +46,6 @@ TEST_F(NetGrabTest, ASecondStartCancelsTheFirstSilentlyAndSavesExactlyItsPageOve
     QCoreApplication::processEvents();
     EXPECT_EQ(complete.count() + failed.count(), 1);
     EXPECT_EQ(complete.at(0).at(0).toInt(), 13);
-    EXPECT_EQ(grab.URL(), server.url("/page"));
     EXPECT_EQ(grab.Bytes(), QByteArray("002.003.003\r\n"));
     EXPECT_TRUE(server.requests.value(1).contains("Cache-Control: no-cache"));
     EXPECT_TRUE(grab.SaveAs(QString::fromStdString(file)));
@@ -75,8 +74,7 @@ TEST_F(NetGrabTest, EndsInOneOutcomeForEachKindOfAnswer) {
 }
 
 TEST_F(NetGrabTest, WithoutTheNetworkModuleEveryDownloadFailsFromTheEventLoop) {
-    TempDir dir;
-    grab.setNetworkModule(QString::fromStdString(dir.path() + "/missing.so"));
+    grab.setNetworkModule(QStringLiteral("/nonexistent/libveskor-network.so"));
     for (int attempt = 0; attempt < 2; ++attempt) {
         failed.clear();
         grab.DownloadStart(server.url("/page"));
