@@ -109,9 +109,9 @@ TEST_F(MainWindowTest, EscInTheReadingStateOfAMissingTargetEndsWithoutAQuestion)
     EXPECT_EQ(prompter_.shown.size(), 1u);  // the load's "file not found" alone
 }
 
-// The window opens in the settings' White; Esc leaves the options unstored, OK stores them
-// and paints the window in the Red chosen.
-TEST_F(MainWindowTest, OnlyOkInTheOptionsStoresThemAndRepaintsTheWindow) {
+// The window opens in the settings' high-DPI fonts and White, the options too when shown;
+// Esc leaves the options unstored, OK stores them and paints the window in the Red chosen.
+TEST_F(MainWindowTest, OpensInTheSettingsAndOnlyOkInTheOptionsStoresAndRepaints) {
     const auto expectColours = [&](const QColor& theme, const QColor& shade) {
         for (const char* label : {"Label2", "Label3", "Label4", "Label5", "Label6"})
             EXPECT_EQ(control<QWidget>(label)->palette().color(QPalette::Window), theme) << label;
@@ -120,12 +120,18 @@ TEST_F(MainWindowTest, OnlyOkInTheOptionsStoresThemAndRepaintsTheWindow) {
                                    "Combo1", "Combo2", "Check1"})
             EXPECT_EQ(control<QWidget>(button)->palette().color(QPalette::Button), shade) << button;
     };
-    writeSettings("[Veskor 1.9]\r\nBgColor=4\r\n");
+    writeSettings("[Veskor 1.9]\r\nHighDPIGUIAdjust=1\r\nDefaultGUIFontSize=4\r\nBgColor=4\r\n");
     start(fileTarget());
+    EXPECT_EQ(control<QWidget>("Label4")->font().pointSize(), 6);
+    EXPECT_EQ(control<QWidget>("Command1")->font().pointSize(), 8);
+    EXPECT_EQ(box()->font().pointSize(), 20);
+    EXPECT_TRUE(box()->font().bold());
     expectColours(QColor(247, 247, 247), QColor(237, 237, 237));
     Form4& options = form_.optionsDialog();
     auto* exportBox = options.findChild<QCheckBox*>(QStringLiteral("Check4"));
     QTest::keyClick(box(), Qt::Key_F12);
+    EXPECT_EQ(options.findChild<QWidget*>(QStringLiteral("Check1"))->font().pointSize(), 6);
+    EXPECT_EQ(options.findChild<QWidget*>(QStringLiteral("Command1"))->font().pointSize(), 8);
     exportBox->setChecked(true);
     QTest::keyClick(exportBox, Qt::Key_Escape);
     EXPECT_FALSE(options.isVisible());
@@ -140,20 +146,7 @@ TEST_F(MainWindowTest, OnlyOkInTheOptionsStoresThemAndRepaintsTheWindow) {
     expectColours(QColor(240, 64, 64), QColor(230, 54, 54));
     EXPECT_EQ(readFileBytes(configFile()),
               "[Veskor 1.9]\r\nCreate00index=1\r\nCreateExpDescNonNTFS=1\r\nDefaultGUIFont=2\r\n"
-              "DefaultGUIFontSize=0\r\nHighDPIGUIAdjust=0\r\nAutoCreateExpDesc=1\r\nBgColor=3\r\n");
-}
-
-TEST_F(MainWindowTest, TheHighDpiSettingLowersTheFontsOfTheWindowAndOfTheOptionsWhenShown) {
-    writeSettings("[Veskor 1.9]\r\nHighDPIGUIAdjust=1\r\nDefaultGUIFontSize=4\r\n");
-    start(fileTarget());
-    EXPECT_EQ(control<QWidget>("Label4")->font().pointSize(), 6);
-    EXPECT_EQ(control<QWidget>("Command1")->font().pointSize(), 8);
-    EXPECT_EQ(box()->font().pointSize(), 20);
-    EXPECT_TRUE(box()->font().bold());
-    Form4& options = form_.optionsDialog();
-    QTest::keyClick(box(), Qt::Key_F12);
-    EXPECT_EQ(options.findChild<QWidget*>(QStringLiteral("Check1"))->font().pointSize(), 6);
-    EXPECT_EQ(options.findChild<QWidget*>(QStringLiteral("Command1"))->font().pointSize(), 8);
+              "DefaultGUIFontSize=4\r\nHighDPIGUIAdjust=1\r\nAutoCreateExpDesc=1\r\nBgColor=3\r\n");
 }
 
 TEST_F(MainWindowTest, HelpWithoutItsFileOffersTheHomePageAndADeclinedDeleteKeepsTheText) {

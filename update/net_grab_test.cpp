@@ -46,7 +46,6 @@ TEST_F(NetGrabTest, ASecondStartCancelsTheFirstSilentlyAndSavesExactlyItsPageOve
     QCoreApplication::processEvents();
     EXPECT_EQ(complete.count() + failed.count(), 1);
     EXPECT_EQ(complete.at(0).at(0).toInt(), 13);
-    EXPECT_EQ(grab.Bytes(), QByteArray("002.003.003\r\n"));
     EXPECT_TRUE(server.requests.value(1).contains("Cache-Control: no-cache"));
     EXPECT_TRUE(grab.SaveAs(QString::fromStdString(file)));
     EXPECT_EQ(readFileBytes(file), "002.003.003\r\n");

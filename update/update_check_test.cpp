@@ -40,7 +40,7 @@ TEST_F(UpdateCheckTest, ChecksAtMostOnceADayAndAnnouncesOnlyAPageVersionAboveOur
     check.trigger(data.path());
     EXPECT_EQ(checkFile(), today() + "\r\n");  // before the page has come
     ASSERT_TRUE(complete.wait(10000));
-    EXPECT_EQ(label5.text(), QStringLiteral("An updated version is\navailable for download!"));
+    EXPECT_EQ(label5.text().toStdString(), "An updated version is\navailable for download!");
     EXPECT_TRUE(label5.font().bold() && !label5.font().italic());
     check.trigger(data.path());
     EXPECT_FALSE(grab.Busy());
@@ -50,7 +50,7 @@ TEST_F(UpdateCheckTest, ChecksAtMostOnceADayAndAnnouncesOnlyAPageVersionAboveOur
     data.write("luc.dat", "a day long gone\r\n");
     check.trigger(data.path());
     ASSERT_TRUE(complete.wait(10000));
-    EXPECT_EQ(label5.text(), QString());
+    EXPECT_EQ(label5.text().toStdString(), "");
     EXPECT_FALSE(label5.font().italic());
 }
 
