@@ -5,7 +5,6 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QLabel>
-#include <QPlainTextEdit>
 #include <QTest>
 
 #include "editor/main_window_fixture.h"
@@ -24,34 +23,31 @@ protected:
     }
 };
 
-TEST_F(EditCommandsTest, FindIgnoresCaseProposesTheSelectionAndSaysDoneAfterTheLastMatch) {
+TEST_F(EditCommandsTest, FindAndReplaceProposeTheSelectionAndSayDoneOnlyAfterTheLastMatch) {
+    using enum Answer;
     form_.setText("one line\r\nsecond LiNe");
     form_.selectText(4, 4);
     prompter_.inputAnswers = {"LINE"};
-    prompter_.answers = {Answer::Yes, Answer::Yes};
+    prompter_.answers = {Yes, Yes};
     press(Qt::Key_F);
     EXPECT_EQ(prompter_.inputs[0].proposed, "line");
     EXPECT_EQ(prompter_.inputs[0].title, "Find - Veskor");
     EXPECT_EQ(prompter_.texts(), (Texts{"Continue searching?", "Continue searching?", "Done."}));
     EXPECT_EQ(box()->textCursor().selectedText(), QStringLiteral("LiNe"));
-}
 
-TEST_F(EditCommandsTest, ReplaceAsksAtEachMatchAndSaysDoneOnlyAtTheEnd) {
-    using enum Answer;
     const std::string ask = "Replace? (Warning: cannot be undone)", done = "Done.";
     const std::string remove = "Remove specified search string(s)?";
     const struct {
         const char* name;
-        std::string text, find, replacement;
+        std::string text, find, replacement, result;
         std::vector<Answer> answers;
-        std::string result;
         Texts texts;
     } kCases[] = {
-        {"a by aa in aaa", "aaa", "a", "aa", {Yes, Yes, Yes}, "aaaaaa", {ask, ask, ask, done}},
-        {"Cancel keeps one", "a\r\naa", "A", "b", {No, Yes, Cancel}, "a\r\nba", {ask, ask, ask}},
-        {"empty replacement", "a-b", "-", "", {Yes, Yes}, "ab", {remove, ask, done}},
+        {"a by aa in aaa", "aaa", "a", "aa", "aaaaaa", {Yes, Yes, Yes}, {ask, ask, ask, done}},
+        {"Cancel keeps one", "a\r\naa", "A", "b", "a\r\nba", {No, Yes, Cancel}, {ask, ask, ask}},
+        {"empty replacement", "a-b", "-", "", "ab", {Yes, Yes}, {remove, ask, done}},
     };
-    for (const auto& [name, text, find, replacement, answers, result, texts] : kCases) {
+    for (const auto& [name, text, find, replacement, result, answers, texts] : kCases) {
         SCOPED_TRACE(name);
         prompter_.shown.clear();
         form_.setText(text);
@@ -74,26 +70,21 @@ TEST_F(EditCommandsTest, CounterCountsBreaksAsTwoCharactersUpToTheLimit) {
     EXPECT_EQ(control<QLabel>("Label3")->text(), QStringLiteral("Description is empty."));
 }
 
-TEST_F(EditCommandsTest, CtrlKeyLeavesTheBoxReadOnlyUntilAPlainKey) {
-    press(Qt::Key_A);
-    EXPECT_TRUE(box()->isReadOnly());
-    press(Qt::Key_Right, Qt::NoModifier);
-    EXPECT_FALSE(box()->isReadOnly());
-}
-
-TEST_F(EditCommandsTest, ClipboardKeysKeepTheBoxsLineBreaks) {
-    auto* clipboard = QGuiApplication::clipboard();
+TEST_F(EditCommandsTest, ClipboardKeysKeepTheBoxsLineBreaksAndLockTheBoxUntilAPlainKey) {
     form_.setText("one\r\ntwo");
     form_.selectText(1, 5);
     press(Qt::Key_C);
-    EXPECT_EQ(clipboard->text(), QStringLiteral("ne\nt"));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("ne\nt"));
+    EXPECT_TRUE(box()->isReadOnly());
     form_.selectText(0, 1);
     press(Qt::Key_V);
     EXPECT_EQ(form_.text(), "ne\r\ntne\r\ntwo");
-    clipboard->clear();
+    QGuiApplication::clipboard()->clear();
     form_.selectText(1, 11);
     press(Qt::Key_V);  // pasting nothing still deletes the selection
     EXPECT_EQ(form_.text(), "n");
+    press(Qt::Key_Right, Qt::NoModifier);
+    EXPECT_FALSE(box()->isReadOnly());
 }
 
 }  // namespace

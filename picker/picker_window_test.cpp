@@ -9,17 +9,14 @@
 #include <QPushButton>
 #include <QTest>
 #include <filesystem>
-#include <fstream>
 
 #include "tests/temp_dir.h"
 
 namespace {
 
 // The real disk with the drives a test adds.
-class MoreDrives : public PickerFileSystem {
-public:
+struct MoreDrives : PickerFileSystem {
     std::vector<std::string> extraMounts;
-
     std::vector<std::string> mountPoints() const override {
         auto mounts = PickerFileSystem::mountPoints();
         mounts.insert(mounts.end(), extraMounts.begin(), extraMounts.end());
@@ -29,27 +26,21 @@ public:
 
 using Names = std::vector<std::string>;
 
-// The picker on a home folder with "Documents" but no "My Documents".
+// The picker on a home folder with "Documents" but no "My Documents", and a drive that
+// cannot be read.
 class PickerWindowTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::filesystem::create_directory(docs_);
         auto disk = std::make_unique<MoreDrives>();
-        disk_ = disk.get();
+        disk->extraMounts = {app_ / "no-medium"};
         picker_.setFileSystem(std::move(disk));
         QObject::connect(&picker_, &Form2::targetChosen,
                          [this](const QString& path) { chosen_.push_back(path.toStdString()); });
     }
 
     void files(std::initializer_list<std::string> names) {
-        for (const std::string& name : names) {
-            std::filesystem::create_directories(std::filesystem::path(docs_ + name).parent_path());
-            std::ofstream(docs_ + name) << "x";
-        }
-    }
-    void open() {
-        picker_.showPicker();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
+        for (const std::string& name : names)
+            writeFileBytes(docs_ + name, "x");
     }
     template <typename T>
     T* control(const char* name) {
@@ -75,26 +66,13 @@ protected:
     TempDir app_;
     std::string docs_ = home_.home() + "/Documents";
     Form2 picker_{app_.path()};
-    MoreDrives* disk_ = nullptr;  // owned by the picker
     Names chosen_;
 };
 
-TEST_F(PickerWindowTest, OpensOnDocumentsAndSelectChoosesTheFileOrElseTheFolderWithoutASlash) {
-    files({"/sub/Plan.txt"});
-    open();
-    EXPECT_EQ(status(), docs_);
-    control<QPushButton>("Command1")->click();
-    type(docs_ + "/sub/");
-    control<QPushButton>("Command1")->click();
-    fileList()->setCurrentRow(0);
-    control<QPushButton>("Command1")->click();
-    EXPECT_EQ(chosen_, (Names{docs_, docs_ + "/sub", docs_ + "/sub/Plan.txt"}));
-    EXPECT_EQ(status(), "Loading...");
-}
-
-// Only an existing file without ".." is chosen; a pattern filters the file list and stays
-// in the box, selected for overtyping; anything else puts "*.*" back.
-TEST_F(PickerWindowTest, TypedPathsMoveTheListsAndPatternsFilterThem) {
+// Select chooses the selected file or else the folder. Only an existing file without ".." is
+// chosen when typed; a pattern filters the file list and stays in the box, selected for
+// overtyping; anything else puts "*.*" back.
+TEST_F(PickerWindowTest, OpensOnDocumentsAndChoosesWhatIsSelectedOrTyped) {
     const std::string& d = docs_;
     const std::string all = "a.txt B.TXT c.doc";
     const struct {
@@ -113,8 +91,18 @@ TEST_F(PickerWindowTest, TypedPathsMoveTheListsAndPatternsFilterThem) {
         {"dot file alone in its folder", d + "/dots/.rc", "Loading...", d + "/dots/.rc", "", "*.*"},
     };
     files({"/a.txt", "/B.TXT", "/c.doc", "/sub/d.doc", "/dots/.rc"});
-    open();
+    picker_.showPicker();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
     EXPECT_TRUE(box()->hasFocus());
+    EXPECT_EQ(status(), docs_);
+    auto* select = control<QPushButton>("Command1");
+    select->click();
+    type(docs_ + "/sub/");
+    select->click();
+    fileList()->setCurrentRow(0);
+    select->click();
+    EXPECT_EQ(chosen_, (Names{docs_, docs_ + "/sub", docs_ + "/sub/d.doc"}));
+    EXPECT_EQ(status(), "Loading...");
     for (const auto& [name, typed, status, chosen, names, shown] : kCases) {
         SCOPED_TRACE(name);
         type(docs_);
@@ -127,17 +115,14 @@ TEST_F(PickerWindowTest, TypedPathsMoveTheListsAndPatternsFilterThem) {
     }
 }
 
-TEST_F(PickerWindowTest, F5ShowsAFileCreatedMeanwhile) {
-    files({"/old.txt"});
-    open();
+TEST_F(PickerWindowTest, F5ShowsANewFileAndAFolderOrDriveThatCannotBeReadSaysSo) {
+    files({"/top.txt", "/vanished/inner.txt"});
+    picker_.showPicker();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
     files({"/new.txt"});
     QTest::keyClick(box(), Qt::Key_F5);
-    EXPECT_EQ(fileNames(), "new.txt old.txt");
-}
+    EXPECT_EQ(fileNames(), "new.txt top.txt");
 
-TEST_F(PickerWindowTest, AFolderThatCannotBeReadKeepsTheListsAndSaysSo) {
-    files({"/top.txt", "/vanished/inner.txt"});
-    open();
     auto* folders = control<QListWidget>("Dir1");
     auto listed = folders->findItems(QStringLiteral("*vanished"), Qt::MatchWildcard);
     ASSERT_EQ(listed.size(), 1);
@@ -146,12 +131,8 @@ TEST_F(PickerWindowTest, AFolderThatCannotBeReadKeepsTheListsAndSaysSo) {
     folders->setCurrentItem(listed[0]);
     QTest::keyClick(folders, Qt::Key_Return);
     EXPECT_EQ(status(), "Folder access error");
-    EXPECT_EQ(fileNames(), "top.txt");
-}
+    EXPECT_EQ(fileNames(), "new.txt top.txt");
 
-TEST_F(PickerWindowTest, ADriveThatCannotBeReadHidesTheListsUntilAGoodOne) {
-    disk_->extraMounts = {app_ / "no-medium"};
-    open();
     auto* drives = control<QComboBox>("Drive1");
     drives->setCurrentIndex(drives->findText(QString::fromStdString(app_ / "no-medium")));
     EXPECT_EQ(status(), "Drive access error");

@@ -10,12 +10,10 @@
 
 namespace {
 
-const std::string kAddQuestion =
-    "Doing this will add the ability to view and modify file comments using file manager.  "
-    "Continue?";
-const std::string kRemoveQuestion =
-    "Doing this will remove the ability to view and modify file comments using file manager.  "
-    "Continue?";
+std::string question(const char* change) {
+    return std::string("Doing this will ") + change +
+           " the ability to view and modify file comments using file manager.  Continue?";
+}
 const char* const kEntry = "applications/veskor-edit-description.desktop";
 const char* const kServiceMenu = "kio/servicemenus/veskor-edit-description.desktop";
 const char* const kScript = "nautilus/scripts/Edit description";
@@ -31,13 +29,6 @@ protected:
     bool anyInstalled() const {
         return !file(kEntry).empty() || !file(kServiceMenu).empty() || !file(kScript).empty();
     }
-    // What desktop-file-validate says of the entry: nothing, when it is valid.
-    std::string validatorSays() const {
-        const std::string out = home.home() + "/validate.out";
-        const std::string command = "desktop-file-validate '" + data / kEntry + "' >" + out;
-        EXPECT_EQ(std::system((command + " 2>&1").c_str()), 0);
-        return readFileBytes(out);
-    }
 
     TempHome home;  // puts XDG_DATA_HOME back
     TempDir data;
@@ -45,41 +36,38 @@ protected:
 };
 
 // A program folder with every character that an Exec line or a shell must escape.
-TEST_F(HandlerInstallTest, YesInstallsAValidEntryForEveryFileAndFolderAndYesRemovesIt) {
-    prompter.answers = {Answer::Yes, Answer::Yes};
-    installHandler(prompter, "/opt/Veskor Tools/a$b\\c%d \"e\" `f`/");
+TEST_F(HandlerInstallTest, OnlyYesInstallsAValidEntryForEveryFileAndFolderAndOnlyYesRemovesIt) {
+    using enum Answer;
+    const std::string folder = "/opt/Veskor Tools/a$b\\c%d \"e\" `f`/";
+    prompter.answers = {No, Cancel, Yes, No, Cancel, Yes};
+    installHandler(prompter, folder);
+    installHandler(prompter, folder);
+    EXPECT_FALSE(anyInstalled());
+    installHandler(prompter, folder);
     EXPECT_EQ(prompter.shown.at(0).buttons, Buttons::YesNoCancel);
     const std::string exec =
         "\nExec=\"/opt/Veskor Tools/a\\\\$b\\\\\\\\c%%d \\\\\"e\\\\\" \\\\`f\\\\`/veskor\" %f\n";
     EXPECT_NE(file(kEntry).find(exec), std::string::npos);
     EXPECT_NE(file(kEntry).find("\nMimeType=application/octet-stream;inode/directory;\n"),
               std::string::npos);
-    EXPECT_EQ(validatorSays(), "");
+    const std::string said = home.home() + "/validate.out";  // nothing, of a valid entry
+    const std::string validate = "desktop-file-validate '" + data / kEntry + "' >" + said;
+    EXPECT_EQ(std::system((validate + " 2>&1").c_str()), 0);
+    EXPECT_EQ(readFileBytes(said), "");
     EXPECT_NE(file(kServiceMenu).find(exec), std::string::npos);
     EXPECT_EQ(file(kScript),
               "#!/bin/sh\n# Opens the selected file or folder in Veskor.\n"
               "exec '/opt/Veskor Tools/a$b\\c%d \"e\" `f`/veskor' \"$@\"\n");
     EXPECT_TRUE(isExecutable(kServiceMenu) && isExecutable(kScript));
 
-    uninstallHandler(prompter, "/opt/");
-    EXPECT_EQ(prompter.texts(),
-              (std::vector<std::string>{kAddQuestion, "Done.", kRemoveQuestion, "Done."}));
+    uninstallHandler(prompter, folder);
+    uninstallHandler(prompter, folder);
+    EXPECT_TRUE(anyInstalled());
+    uninstallHandler(prompter, folder);
     EXPECT_FALSE(anyInstalled());
-}
-
-TEST_F(HandlerInstallTest, NoOrCancelChangesNothing) {
-    for (Answer answer : {Answer::No, Answer::Cancel}) {
-        SCOPED_TRACE(answer == Answer::No ? "No" : "Cancel");
-        prompter.answers = {answer, answer};
-        installHandler(prompter, "/opt/");
-        EXPECT_FALSE(anyInstalled());
-        ASSERT_FALSE(installDesktopIntegration(data.path(), "/opt/veskor"));
-        uninstallHandler(prompter, "/opt/");
-        EXPECT_TRUE(anyInstalled());
-        removeDesktopIntegration(data.path());
-    }
-    EXPECT_EQ(prompter.texts(), (std::vector<std::string>{kAddQuestion, kRemoveQuestion,
-                                                          kAddQuestion, kRemoveQuestion}));
+    const std::string add = question("add"), remove = question("remove");
+    EXPECT_EQ(prompter.texts(),
+              (std::vector<std::string>{add, add, add, "Done.", remove, remove, remove, "Done."}));
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace registrationScripts;
@@ -23,41 +23,37 @@ std::vector<std::string> crlfLines(const std::string& text) {
 
 }  // namespace
 
-// The lines that depend on the target and the program folder; the fixed values between
-// them only need to stay in place, which the line numbers check.
-TEST(RegistrationScriptsTest, RegistryScriptForAFileWithoutExtensionOn64BitWindows) {
+// The lines that depend on the target, the program folder and the host; the fixed values
+// between them only need to stay in place, which the line numbers check.
+TEST(RegistrationScriptsTest, RegistryScriptLinesDependOnTargetFolderAndHost) {
     const std::string clsid = "{8F2C6D10-B4E7-4A93-A5D2-1C7E09F3B6A8}";
-    const std::string server =
-        "@=\"C:\\\\Program Files\\\\Tools\\\\MetadataPropertyHandler (x64).dll\"";
-    const std::map<std::size_t, std::string> expected = {
-        {1, "Windows Registry Editor Version 5.00"},
-        {3, "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\" + clsid + "]"},
-        {11, server},
-        {14, "[HKEY_CLASSES_ROOT\\CLSID\\" + clsid + "]"},
-        {22, server},
-        {25,
-         "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\PropertySystem\\"
-         "PropertyHandlers\\Makefile]"},
-        {26, "@=\"" + clsid + "\""},
-        {44, "[HKEY_CURRENT_USER\\Software\\Classes\\Makefile]"},
-        {52,
-         "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\FileExts\\"
-         "Makefile\\OpenWithProgids]"},
-        {53, ""},
+    const std::string handler = "@=\"C:\\\\Program Files\\\\Tools\\\\MetadataPropertyHandler ";
+    const std::string windows = "\\Microsoft\\Windows\\CurrentVersion\\";
+    // target, host64Bit, line number, line
+    const std::tuple<const char*, int, std::size_t, std::string> kLines[] = {
+        {"Makefile", 1, 1, "Windows Registry Editor Version 5.00"},
+        {"Makefile", 1, 3, "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\" + clsid + "]"},
+        {"Makefile", 1, 11, handler + "(x64).dll\""},
+        {"Makefile", 1, 14, "[HKEY_CLASSES_ROOT\\CLSID\\" + clsid + "]"},
+        {"Makefile", 1, 22, handler + "(x64).dll\""},
+        {"Makefile", 1, 25,
+         "[HKEY_LOCAL_MACHINE\\SOFTWARE" + windows + "PropertySystem\\PropertyHandlers\\Makefile]"},
+        {"Makefile", 1, 26, "@=\"" + clsid + "\""},
+        {"Makefile", 1, 44, "[HKEY_CURRENT_USER\\Software\\Classes\\Makefile]"},
+        {"Makefile", 1, 52,
+         "[HKEY_CURRENT_USER\\Software" + windows +
+             "Explorer\\FileExts\\Makefile\\OpenWithProgids]"},
+        {"Makefile", 1, 53, ""},
+        {"Plan.txt", 0, 22, handler + "(x86).dll\""},
+        {"Plan.txt", 2, 26, "@=\"{3B9E41C2-7A05-4D6F-9C18-E2A4F7B0D531}\""},
+        {"archive.tar.gz", 1, 40, "[HKEY_CLASSES_ROOT\\.gz]"},
     };
-    const auto lines = crlfLines(registryScript("Makefile", "C:\\Program Files\\Tools\\", 1));
-    ASSERT_EQ(lines.size(), 53u);
-    for (const auto& [number, line] : expected)
-        EXPECT_EQ(lines[number - 1], line) << "line " << number;
-}
-
-TEST(RegistrationScriptsTest, RegistryScriptLinesDependOnHostAndExtension) {
-    const auto line = [](const char* targetFile, int host64Bit, std::size_t number) {
-        return crlfLines(registryScript(targetFile, "C:\\Tools\\", host64Bit)).at(number - 1);
-    };
-    EXPECT_EQ(line("Plan.txt", 0, 22), "@=\"C:\\\\Tools\\\\MetadataPropertyHandler (x86).dll\"");
-    EXPECT_EQ(line("Plan.txt", 2, 26), "@=\"{3B9E41C2-7A05-4D6F-9C18-E2A4F7B0D531}\"");
-    EXPECT_EQ(line("archive.tar.gz", 1, 40), "[HKEY_CLASSES_ROOT\\.gz]");
+    for (const auto& [target, host64Bit, number, line] : kLines) {
+        const auto lines =
+            crlfLines(registryScript(target, "C:\\Program Files\\Tools\\", host64Bit));
+        ASSERT_EQ(lines.size(), 53u) << target;
+        EXPECT_EQ(lines[number - 1], line) << target << " line " << number;
+    }
 }
 
 TEST(RegistrationScriptsTest, BatchFileSelectsTheRegistryViewOn64BitWindows) {

@@ -33,16 +33,20 @@ protected:
     QSignalSpy failed{&grab, &NetGrab::DownloadFailed};
 };
 
-TEST_F(NetGrabTest, CompletesWithThePageAndSavesExactlyItsBytesOverALongerFile) {
+TEST_F(NetGrabTest, ASecondStartCancelsTheFirstSilentlyAndSavesExactlyItsPageOverALongerFile) {
     TempDir dir;
     const std::string file = dir.write("page.html", "a longer file that was there before");
     EXPECT_FALSE(grab.SaveAs(QString::fromStdString(file)));  // nothing downloaded yet
+    server.route("/first", {"", true});
     server.route("/page", {"002.003.003\r\n"});
+    grab.DownloadStart(server.url("/first"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return server.requests.size() == 1; }, 10000));
     grab.DownloadStart(server.url("/page"), NetGrab::kModeAlwaysFromNetwork);
     ASSERT_TRUE(finishes());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(complete.count() + failed.count(), 1);
     EXPECT_EQ(complete.at(0).at(0).toInt(), 13);
-    EXPECT_EQ(grab.Bytes(), QByteArray("002.003.003\r\n"));
-    EXPECT_TRUE(server.requests.value(0).contains("Cache-Control: no-cache"));
+    EXPECT_TRUE(server.requests.value(1).contains("Cache-Control: no-cache"));
     EXPECT_TRUE(grab.SaveAs(QString::fromStdString(file)));
     EXPECT_EQ(readFileBytes(file), "002.003.003\r\n");
 }
@@ -51,19 +55,12 @@ TEST_F(NetGrabTest, EndsInOneOutcomeForEachKindOfAnswer) {
     server.route("/full", {QByteArray(64 * 1024, 'x')});
     server.route("/over", {QByteArray(64 * 1024 + 1, 'x')});
     server.route("/silent", {"", true});
-    struct Case {
-        const char* name;
-        QString url;
-        int timeLimit;
-        bool completes;
-    } const kCases[] = {
-        {"exactly the cap", server.url("/full"), 30000, true},
-        {"one byte over the cap", server.url("/over"), 30000, false},
-        {"server never answers", server.url("/silent"), 200, false},
-        {"page missing", server.url("/missing"), 30000, false},
-        {"connection refused", refusingUrl(), 30000, false},
-    };
-    for (const auto& [name, url, timeLimit, completes] : kCases) {
+    for (const auto& [name, url, timeLimit, completes] :
+         {std::tuple{"exactly the cap", server.url("/full"), 30000, true},
+          {"one byte over the cap", server.url("/over"), 30000, false},
+          {"server never answers", server.url("/silent"), 200, false},
+          {"page missing", server.url("/missing"), 30000, false},
+          {"connection refused", refusingUrl(), 30000, false}}) {
         SCOPED_TRACE(name);
         complete.clear();
         failed.clear();
@@ -75,30 +72,15 @@ TEST_F(NetGrabTest, EndsInOneOutcomeForEachKindOfAnswer) {
     }
 }
 
-TEST_F(NetGrabTest, SecondStartCancelsTheRunningDownloadWithoutReportingIt) {
-    server.route("/first", {"", true});
-    server.route("/second", {"second"});
-    grab.DownloadStart(server.url("/first"));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return server.requests.size() == 1; }, 10000));
-    grab.DownloadStart(server.url("/second"));
-    ASSERT_TRUE(finishes());
-    QCoreApplication::processEvents();
-    EXPECT_EQ(complete.count() + failed.count(), 1);
-    EXPECT_EQ(grab.Bytes(), QByteArray("second"));
-    EXPECT_EQ(grab.URL(), server.url("/second"));
-}
-
 TEST_F(NetGrabTest, WithoutTheNetworkModuleEveryDownloadFailsFromTheEventLoop) {
-    TempDir dir;
-    grab.setNetworkModule(QString::fromStdString(dir.path() + "/missing.so"));
+    grab.setNetworkModule(QStringLiteral("/nonexistent/libveskor-network.so"));
     for (int attempt = 0; attempt < 2; ++attempt) {
         failed.clear();
         grab.DownloadStart(server.url("/page"));
         EXPECT_TRUE(failed.isEmpty());
-        EXPECT_FALSE(finishes());
-        EXPECT_EQ(failed.count(), 1);
+        EXPECT_FALSE(finishes() || grab.Busy());
+        ASSERT_EQ(failed.count(), 1);
         EXPECT_EQ(failed.at(0).at(0).toInt(), NetGrab::kErrNoNetworkModule);
-        EXPECT_FALSE(grab.Busy());
     }
     EXPECT_TRUE(server.requests.isEmpty());
 }
