@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "platform/files.h"
 
@@ -42,17 +43,25 @@ void syncParentFolder(const std::string& path) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string path) : m_path(std::move(path)), m_tempPath(m_path + ".tmp") {}
+AtomicFile::AtomicFile(std::string path) : m_path(std::move(path)) {}
 
 AtomicFile::~AtomicFile() {
-    if (m_fd >= 0)
-        ::close(m_fd);
+    if (!m_renamed)
+        discard();
 }
 
+// A name of its own for each writer: two programs replacing the same file at once
+// must not write into one temporary file, which the first rename would take away
+// from the other (or hand over half written).
 std::error_code AtomicFile::open() {
     if (isReadOnlyFile(m_path))
         return std::make_error_code(std::errc::permission_denied);
-    m_fd = ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    static unsigned sequence = 0;
+    const std::string prefix = m_path + ".tmp" + std::to_string(::getpid()) + "-";
+    do {
+        m_tempPath = prefix + std::to_string(sequence++);
+        m_fd = ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (m_fd < 0 && errno == EEXIST);
     if (m_fd < 0)
         return lastError();
     stepDone();
@@ -97,6 +106,7 @@ std::error_code AtomicFile::commit() {
     m_fd = -1;
     if (!m_error && ::rename(m_tempPath.c_str(), m_path.c_str()) != 0)
         m_error = lastError();
+    m_renamed = !m_error;
     stepDone();
     if (!m_error)
         syncParentFolder(m_path);
@@ -107,7 +117,8 @@ void AtomicFile::discard() {
     if (m_fd >= 0)
         ::close(m_fd);
     m_fd = -1;
-    ::unlink(m_tempPath.c_str());
+    if (!m_tempPath.empty())
+        ::unlink(m_tempPath.c_str());
 }
 
 std::error_code replaceFileAtomically(const std::string& path, std::string_view bytes) {

@@ -4,9 +4,11 @@
 #include <string_view>
 #include <system_error>
 
-// Replaces a file atomically: the new content is written to `<path>.tmp`, flushed to
-// disk and renamed over `<path>`, so a reader (or a crash) sees the old file or the
-// new one, never a part of either.
+// Replaces a file atomically: the new content is written to a temporary file beside
+// it (`<path>.tmp<pid>-<n>`, a name of its own for each writer), flushed to disk and
+// renamed over `<path>`, so a reader (or a crash) sees the old file or the new one,
+// never a part of either. Two programs replacing the same file at once each rename a
+// whole file of their own; the later rename wins.
 //
 //     AtomicFile out(path);
 //     if (auto ec = out.open()) return fail(ec);
@@ -14,8 +16,8 @@
 //     if (auto ec = out.commit()) return fail(ec);
 //
 // Writes are buffered; the first write error is remembered and returned by commit().
-// An object destroyed without commit() closes the temporary file and leaves it on
-// disk (discard() removes it).
+// An object destroyed without a successful commit() removes its temporary file; only
+// a program killed while writing leaves one behind.
 //
 // Test hook: with the environment variable VESKOR_TEST_STOP_AFTER_WRITES=n (n >= 1)
 // the process kills itself with SIGKILL right after the nth step that changes a file
@@ -29,8 +31,8 @@ public:
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
-    // Creates or truncates `<path>.tmp`. Fails with EACCES, without touching anything,
-    // when `<path>` exists and its owner may not write it.
+    // Creates the temporary file. Fails with EACCES, without touching anything, when
+    // `<path>` exists and its owner may not write it.
     [[nodiscard]] std::error_code open();
 
     void write(std::string_view bytes);
@@ -54,6 +56,7 @@ private:
     std::string m_buffer;
     std::error_code m_error;
     int m_fd = -1;
+    bool m_renamed = false;
 };
 
 // Replaces `path` with `bytes` through an AtomicFile.

@@ -78,8 +78,8 @@ std::string folderOf(const std::string& path) {
 
 std::error_code rewriteDatabase(const SharedState& state, std::chrono::milliseconds lockTimeout) {
     const std::string& file = state.data.failsafeDBfile;
-    // Held from before the temporary file is made until after the rename, so two
-    // copies of the program never share "ver1.7.dat.tmp" nor lose each other's record.
+    // Held from before the database is read until after the rename, so that two
+    // copies of the program never lose each other's record.
     FolderLock lock;
     if (auto ec = lock.acquire(folderOf(file), lockTimeout))
         return ec;

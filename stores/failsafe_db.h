@@ -16,8 +16,9 @@
 //     Veskor failsafe DB 1.7 END /HOME/ANN/PLAN.TXT
 //
 // Lines outside the target's records pass through a rewrite as the bytes they were.
-// The file is streamed, never held whole. Rewrites go through "ver1.7.dat.tmp" and
-// hold a lock on the folder, so copies of the program saving at once keep every record.
+// The file is streamed, never held whole. Rewrites go through a temporary file beside
+// it and hold a lock on the folder, so copies of the program saving at once keep
+// every record.
 
 // How long a writer waits for another copy of the program to finish its rewrite.
 inline constexpr std::chrono::milliseconds kFailsafeLockTimeout{10000};
@@ -33,7 +34,7 @@ inline constexpr std::chrono::milliseconds kFailsafeLockTimeout{10000};
 // record; a record without its end line swallows the rest of the file. Removing the
 // last record leaves an empty file. On failure, or when the lock is not had within
 // kFailsafeLockTimeout, shows "Error: Problem while updating filesafe DB." and returns
-// Error; the old database is then left as it was (its ".tmp" may stay behind).
+// Error; the old database is then left as it was.
 [[nodiscard]] WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter);
 
 // The same with another wait for the lock.

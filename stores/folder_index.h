@@ -24,7 +24,7 @@
 // cannot be read.
 [[nodiscard]] std::string read00IndexFile(const TargetPaths& target);
 
-// Rewrites the index of the target's folder through "00_index.txt.tmp" with the
+// Rewrites the index of the target's folder (through a temporary file) with the
 // target's entry first (none while removeTargetFileDescFlag is 1), followed by the
 // old lines minus the target's old entries, the entries of items that no longer
 // exist (a last line is never dropped for that) and empty lines. An index left empty
