@@ -7,7 +7,7 @@
 #include <QUrl>
 #include <cstdlib>
 
-#include "core/shared_state.h"
+#include "contracts/shared_state.h"
 #include "core/startup.h"
 #include "core/target.h"
 #include "editor/main_window.h"

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 // config.dat: the header "[Veskor 1.9]" and one "Key=value" line per setting, CR LF
 // line ends. Failures are shown in boxes titled "Veskor Repair Tool".

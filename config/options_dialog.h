@@ -4,8 +4,8 @@
 #include <QWidget>
 #include <memory>
 
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 namespace Ui {
 class Form4;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/editor_state.h"
-#include "core/shared_state.h"
+#include "contracts/editor_state.h"
+#include "contracts/shared_state.h"
 
 // Fills the description box from the stores in their order of precedence, names the
 // source in the status label and opens the window for editing: icon, target box,

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/editor_state.h"
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/editor_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 // The Update command: stores the description box's text in the failsafe database, the
 // exported file, the folder index and the target's streams, in that order, stopping at

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 // The start-up sequence up to the point where the target is resolved: the data
 // folders and their portable-mode fallback, the option defaults and the settings.

@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "core/prompter.h"
+#include "contracts/prompter.h"
 
 // Prompts for a program without a display: every message goes to the error stream as
 // "title: text", and every question is answered No unless the prompter was told to

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 // The one target a run edits: taken from the command line (or the picker), refused
 // with a message when no description may be made for it, and checked for existence.

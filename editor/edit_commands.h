@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "core/editor_state.h"
-#include "core/prompter.h"
+#include "contracts/editor_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 #include "core/save_sequence.h"
-#include "core/shared_state.h"
 #include "platform/code_page.h"
 
 // The editor's commands on the description box and around it: find and replace, the

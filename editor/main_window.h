@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "core/editor_state.h"
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/editor_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 #include "core/startup.h"
 
 class Form2;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/prompter.h"
+#include "contracts/prompter.h"
 
 // Message and input boxes as Qt dialogs, modal over the active window. Texts arrive
 // with CR LF breaks and are shown with the toolkit's own. Closing a box answers

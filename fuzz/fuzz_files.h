@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/prompter.h"
+#include "contracts/prompter.h"
 
 // What the file fuzzers share: one folder per fuzzing process, made once, reused for
 // every input and removed at exit, and a prompter that answers every box without a

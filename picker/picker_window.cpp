@@ -6,7 +6,7 @@
 #include <QScreen>
 #include <QSignalBlocker>
 
-#include "core/prompter.h"
+#include "contracts/prompter.h"
 #include "core/version.h"
 #include "picker/picker_model.h"
 #include "platform/environment.h"

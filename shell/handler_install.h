@@ -4,7 +4,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "core/prompter.h"
+#include "contracts/prompter.h"
 
 // The file-manager integration: "Edit description" offered for every file and folder,
 // opening the program on it. It consists of three files below the per-user data folder

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 // The exported description file: the target's full path with ".description" appended
 // (a folder's file lies beside the folder, in its parent). It holds the description's

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 // The failsafe database "ver1.7.dat": a copy of every description saved, keyed by the
 // target's full path in upper case, newest record first. A record is three parts,

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "core/prompter.h"
-#include "core/shared_state.h"
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
 
 // The folder index "00_index.txt": one entry per item of a folder, in the column
 // layout that FTP clients and cataloguing tools read. An entry is a head line and

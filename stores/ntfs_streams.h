@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "core/editor_state.h"
-#include "core/shared_state.h"
+#include "contracts/editor_state.h"
+#include "contracts/shared_state.h"
 #include "platform/xattr.h"
 
 // The description in the target's own metadata: three named streams of the target

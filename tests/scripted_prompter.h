@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/prompter.h"
+#include "contracts/prompter.h"
 
 // A prompter for tests: records every box it is shown and answers from a script.
 // Message boxes with only OK answer Ok; a question with no scripted answer left is

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "core/editor_state.h"
-#include "core/shared_state.h"
+#include "contracts/editor_state.h"
+#include "contracts/shared_state.h"
 #include "platform/code_page.h"
 #include "tests/scripted_prompter.h"
 #include "tests/temp_dir.h"
