@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QEvent>
+#include <QLoggingCategory>
 #include <QTimer>
 #include <QUrl>
 #include <cstdlib>
@@ -13,9 +14,21 @@
 #include "editor/main_window.h"
 #include "editor/qt_prompter.h"
 #include "platform/environment.h"
+#include "platform/lookup.h"
 #include "platform/shell_open.h"
+#include "platform/shipped_files.h"
 
 namespace {
+
+// Where the help page was found, for checking an installation:
+// QT_LOGGING_RULES="veskor.files.debug=true".
+Q_LOGGING_CATEGORY(lcFiles, "veskor.files", QtInfoMsg)
+
+void logHelpFile(const std::string& appPath) {
+    const std::string help = helpFilePath(appPath);
+    qCDebug(lcFiles).noquote() << (fileExists(help) ? "help file:" : "no help file:")
+                               << QString::fromStdString(help);
+}
 
 bool openWithDesktop(const std::string& pathOrUrl) {
     const QString text =
@@ -46,11 +59,13 @@ int main(int argc, char** argv) {
     QApplication::setFont(Form1::windowFont());
     QApplication::setQuitOnLastWindowClosed(false);
     setShellOpener(openWithDesktop);
+    const std::string appPath = programFolder();
+    logHelpFile(appPath);
 
     SharedState state;
     QtPrompter prompter;
     Form1 window(state, prompter);
-    window.Form_Load(StartupEnvironment{programFolder(), appDataFolder()}, target);
+    window.Form_Load(StartupEnvironment{appPath, appDataFolder()}, target);
     if (window.hasEnded())
         return window.exitCode();
     QObject::connect(&window, &Form1::programEnded, &app, &QCoreApplication::exit);

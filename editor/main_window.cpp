@@ -23,6 +23,7 @@
 #include "picker/picker_window.h"
 #include "platform/lookup.h"
 #include "platform/shell_open.h"
+#include "platform/shipped_files.h"
 #include "shell/handler_install.h"
 #include "ui_main_window.h"
 #include "update/net_grab.h"
@@ -525,7 +526,7 @@ void Form1::Command2_Click() {
 }
 
 void Form1::Command3_Click() {
-    const std::string helpFile = m_state.data.appPath + "help.html";
+    const std::string helpFile = helpFilePath(m_state.data.appPath);
     if (fileExists(helpFile)) {
         (void)shellOpen(helpFile);
         return;

@@ -12,6 +12,7 @@
 #include "platform/environment.h"
 #include "platform/lookup.h"
 #include "platform/shell_open.h"
+#include "platform/shipped_files.h"
 #include "ui_picker_window.h"
 
 namespace {
@@ -349,7 +350,7 @@ void Form2::Command2_Click() {
 }
 
 void Form2::Command3_Click() {
-    std::string help = m_appPath + "help.html";
+    std::string help = helpFilePath(m_appPath);
     if (fileExists(help)) {
         shellOpen(help);
         return;

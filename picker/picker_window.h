@@ -25,7 +25,7 @@ struct Prompter;
 class Form2 : public QWidget, private PathEntryLists {
     Q_OBJECT
 public:
-    // `appPath` is the program folder, ending in "/"; help.html lives there.
+    // `appPath` is the program folder, ending in "/"; help.html is found from there.
     explicit Form2(std::string appPath, QWidget* parent = nullptr);
     ~Form2() override;
 

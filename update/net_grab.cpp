@@ -2,9 +2,17 @@
 
 #include <QCoreApplication>
 #include <QLibrary>
+#include <QLoggingCategory>
 #include <QSaveFile>
 
+#include "platform/environment.h"
+#include "platform/shipped_files.h"
+
 namespace {
+
+// Which module a download loaded, for checking an installation:
+// QT_LOGGING_RULES="veskor.network.debug=true".
+Q_LOGGING_CATEGORY(lcNetwork, "veskor.network", QtInfoMsg)
 
 // Stands in for the network module when it cannot be loaded: every request fails,
 // reported from the event loop as a real failure would be.
@@ -30,8 +38,11 @@ private:
 
 std::unique_ptr<HttpGet> loadHttpGet(const QString& modulePath, HttpGet::Listener& listener) {
     QLibrary module(modulePath);
-    if (const auto make = reinterpret_cast<MakeHttpGet>(module.resolve(kMakeHttpGetSymbol)))
+    if (const auto make = reinterpret_cast<MakeHttpGet>(module.resolve(kMakeHttpGetSymbol))) {
+        qCDebug(lcNetwork).noquote() << "loaded the network module" << modulePath;
         return std::unique_ptr<HttpGet>(make(&listener));
+    }
+    qCDebug(lcNetwork).noquote() << "no network module:" << module.errorString();
     return std::make_unique<MissingHttpGet>(
         listener, QCoreApplication::translate("NetGrab", "The network module is missing: %1")
                       .arg(module.errorString()));
@@ -40,9 +51,7 @@ std::unique_ptr<HttpGet> loadHttpGet(const QString& modulePath, HttpGet::Listene
 }  // namespace
 
 NetGrab::NetGrab(QObject* parent)
-    : QObject(parent),
-      m_modulePath(QCoreApplication::applicationDirPath() +
-                   QStringLiteral("/" VESKOR_NETWORK_MODULE)) {
+    : QObject(parent), m_modulePath(QString::fromStdString(networkModulePath(programFolder()))) {
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, [this] {
         stopWithFailure(kErrTooSlow,

@@ -20,8 +20,8 @@
 // The data keeps the previous download's bytes until the new one reports progress.
 //
 // The network itself is reached through the network module (update/http_get.h), loaded
-// from the program's folder on the first download; without it every download fails
-// with kErrNoNetworkModule.
+// on the first download from beside the program or from the installation's library
+// folder; without it every download fails with kErrNoNetworkModule.
 class NetGrab : public QObject, private HttpGet::Listener {
     Q_OBJECT
 
@@ -54,8 +54,8 @@ public:
 
     // Shortens the 30-second cap (for tests, which cannot wait that long).
     void setTimeLimit(int milliseconds) { m_timeLimit = milliseconds; }
-    // The network module's file; by default the one in the program's folder. Takes
-    // effect at the first download.
+    // The network module's file; by default the one found from the program's folder.
+    // Takes effect at the first download.
     void setNetworkModule(const QString& path) { m_modulePath = path; }
 
 signals:
