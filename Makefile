@@ -32,19 +32,21 @@ fuzz-smoke: deps
 	cmake --build --preset fuzz
 	fuzz/run-all 10
 
-# The Debian package, from the release build of the programs alone (the tests are not
-# needed to package them); its path is the last line printed. The prefix /usr puts the
-# network module in Debian's multiarch library folder.
+# The Debian package, from an optimised build of the programs alone (no tests), made
+# with Debian's hardening flags; its path is the last line printed. The prefix /usr
+# puts the network module in Debian's multiarch library folder.
 package: deps
-	cmake --preset release -DCMAKE_INSTALL_PREFIX=/usr >/dev/null
-	cmake --build --preset release --target veskor veskor-cli veskor-network packaging_files
-	rm -rf build/package
-	cpack --config build/release/CPackConfig.cmake -B build/package
-	@realpath build/package/veskor_*.deb
+	CXXFLAGS="$$(dpkg-buildflags --get CXXFLAGS) $$(dpkg-buildflags --get CPPFLAGS)" \
+	LDFLAGS="$$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --get LDFLAGS)" \
+	cmake --preset package >/dev/null
+	cmake --build --preset package
+	rm -rf build/deb
+	cpack --config build/package/CPackConfig.cmake -B build/deb
+	@realpath build/deb/veskor_*.deb
 
 # Unpacks the package and runs both programs from it; lintian and the validators too.
 check-package: package
-	packaging/check-package build/package/veskor_*.deb
+	packaging/check-package build/deb/veskor_*.deb
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
