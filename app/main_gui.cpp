@@ -25,6 +25,8 @@ namespace {
 Q_LOGGING_CATEGORY(lcFiles, "veskor.files", QtInfoMsg)
 
 void logHelpFile(const std::string& appPath) {
+    if (!lcFiles().isDebugEnabled())
+        return;  // the lookup is not worth a start-up's time when nobody reads it
     const std::string help = helpFilePath(appPath);
     qCDebug(lcFiles).noquote() << (fileExists(help) ? "help file:" : "no help file:")
                                << QString::fromStdString(help);
