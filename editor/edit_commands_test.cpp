@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QMimeData>
 #include <QTest>
 
 #include "editor/main_window_fixture.h"
@@ -70,21 +71,57 @@ TEST_F(EditCommandsTest, CounterCountsBreaksAsTwoCharactersUpToTheLimit) {
     EXPECT_EQ(control<QLabel>("Label3")->text(), QStringLiteral("Description is empty."));
 }
 
-TEST_F(EditCommandsTest, ClipboardKeysKeepTheBoxsLineBreaksAndLockTheBoxUntilAPlainKey) {
+// A desktop program offers rich formats beside the text; the box takes the text alone,
+// with one break for each break, whatever the line ends.
+TEST_F(EditCommandsTest, ClipboardCarriesPlainTextOnlyAndEachPastedBreakIsOneBreak) {
     form_.setText("one\r\ntwo");
     form_.selectText(1, 5);
     press(Qt::Key_C);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("ne\nt"));
-    EXPECT_TRUE(box()->isReadOnly());
-    form_.selectText(0, 1);
-    press(Qt::Key_V);
-    EXPECT_EQ(form_.text(), "ne\r\ntne\r\ntwo");
+    const QMimeData* copied = QGuiApplication::clipboard()->mimeData();
+    EXPECT_EQ(copied->formats(), QStringList{QStringLiteral("text/plain")});
+    EXPECT_EQ(copied->text(), QStringLiteral("ne\nt"));
+
+    const std::pair<const char*, const char*> kBreaks[] = {{"CR LF", "line1\r\nline2\r\nline3"},
+                                                           {"LF", "line1\nline2\nline3"},
+                                                           {"CR", "line1\rline2\rline3"}};
+    for (const auto& [name, pasted] : kBreaks) {
+        SCOPED_TRACE(name);
+        auto* offered = new QMimeData;
+        offered->setText(QString::fromLatin1(pasted));
+        offered->setHtml(QStringLiteral("<p>rich</p>"));
+        QGuiApplication::clipboard()->setMimeData(offered);
+        form_.setText("<>");
+        form_.selectText(1, 0);
+        press(Qt::Key_V);
+        EXPECT_EQ(form_.text(), "<line1\r\nline2\r\nline3>");
+    }
     QGuiApplication::clipboard()->clear();
-    form_.selectText(1, 11);
+    form_.selectText(1, 7);
     press(Qt::Key_V);  // pasting nothing still deletes the selection
-    EXPECT_EQ(form_.text(), "n");
-    press(Qt::Key_Right, Qt::NoModifier);
+    EXPECT_EQ(form_.text(), "<line2\r\nline3>");
+}
+
+// Ctrl locks the box against edits only: the caret still moves and selects with Ctrl
+// held, an edit with Ctrl (cut) is refused, and a plain key unlocks it.
+TEST_F(EditCommandsTest, CtrlLockRefusesEditsButNotMovingOrSelecting) {
+    press(Qt::Key_A);
+    QTest::keyClicks(box(), QStringLiteral("one two three"));
+    press(Qt::Key_Home, Qt::NoModifier);
+    for (const auto& [key, typed] :
+         {std::pair{Qt::Key_Right, 'X'}, {Qt::Key_End, 'Y'}, {Qt::Key_Home, 'Z'}}) {
+        press(key);
+        QTest::keyClick(box(), typed);
+    }
+    EXPECT_EQ(form_.text(), "Zone Xtwo threeY");
+    press(Qt::Key_End);
+    press(Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(box()->textCursor().selectedText(), QStringLiteral("threeY"));
+    press(Qt::Key_X);
+    EXPECT_TRUE(box()->isReadOnly());
+    EXPECT_EQ(form_.text(), "Zone Xtwo threeY");
+    press(Qt::Key_Backspace, Qt::NoModifier);
     EXPECT_FALSE(box()->isReadOnly());
+    EXPECT_EQ(form_.text(), "Zone Xtwo ");
 }
 
 }  // namespace

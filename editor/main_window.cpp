@@ -17,6 +17,7 @@
 #include "core/save_sequence.h"
 #include "core/target.h"
 #include "core/version.h"
+#include "editor/description_box.h"
 #include "editor/edit_commands.h"
 #include "editor/pictures.h"
 #include "editor/toolbar.h"
@@ -411,7 +412,7 @@ bool Form1::Form_KeyDown(QKeyEvent* event) {
 // After a Ctrl combination the box stays read-only until a key without Ctrl goes
 // down in it, so the mouse cannot edit in between.
 void Form1::Text1_KeyDown(QKeyEvent* event) {
-    ui->Text1->setReadOnly(event->modifiers().testFlag(Qt::ControlModifier));
+    ui->Text1->setEditsLocked(event->modifiers().testFlag(Qt::ControlModifier));
     switch (boxCommandFor(event->key(), event->modifiers())) {
         case BoxCommand::Copy:
             copySelection();
@@ -497,9 +498,10 @@ void Form1::copySelection() {
 }
 
 void Form1::pasteClipboard() {
-    const QString pasted = QGuiApplication::clipboard()->text();
+    // Other programs offer CR LF, LF or CR breaks: each is one break of the box.
+    const QByteArray pasted = QGuiApplication::clipboard()->text().toUtf8();
     QTextCursor cursor = ui->Text1->textCursor();
-    cursor.insertText(toWidgetText(toProgramText(pasted)));
+    cursor.insertText(toWidgetText(std::string_view(pasted.constData(), pasted.size())));
     ui->Text1->setTextCursor(cursor);
 }
 
