@@ -12,6 +12,7 @@
 #include "config/options_dialog.h"
 #include "editor/main_window_fixture.h"
 #include "picker/picker_window.h"
+#include "tests/widget_pixels.h"
 
 namespace {
 
@@ -162,6 +163,39 @@ TEST_F(MainWindowTest, HelpWithoutItsFileOffersTheHomePageAndADeclinedDeleteKeep
                                      "Delete existing description?"}));
     EXPECT_EQ(form_.text(), "worth keeping");
     EXPECT_TRUE(form_.updateBold() && !form_.hasEnded());
+}
+
+// The buttons, lists, check box and expand bar show exactly the theme colour darkened
+// by 10 in each channel, the labels the theme colour itself, the options' colour list
+// the theme colour; nothing lighter or shaded.
+TEST_F(MainWindowTest, ControlsAreDrawnInExactlyTheThemeColours) {
+    const std::tuple<const char*, QColor, QColor> kThemes[] = {
+        {"BgColor=3", QColor(240, 64, 64), QColor(230, 54, 54)},
+        {"BgColor=0", QColor(255, 255, 128), QColor(245, 245, 118)}};
+    for (const auto& [setting, theme, shade] : kThemes) {
+        SCOPED_TRACE(setting);
+        MainWindowFixture run;
+        run.writeSettings("[Veskor 1.9]\r\n" + std::string(setting) + "\r\n");
+        run.start(run.fileTarget());
+        QTest::mouseClick(run.control<QWidget>("Command5"), Qt::LeftButton);
+        for (const char* name : {"Command1", "Command2", "Command3", "Command4", "Command5",
+                                 "Combo1", "Combo2", "Check1"})
+            EXPECT_EQ(dominantColour(run.control<QWidget>(name)), shade) << name;
+        EXPECT_EQ(dominantColour(run.control<QWidget>("Label6")), theme);
+        QTest::keyClick(run.box(), Qt::Key_F12);
+        EXPECT_EQ(
+            dominantColour(run.form_.optionsDialog().findChild<QWidget*>(QStringLiteral("Combo3"))),
+            theme);
+    }
+}
+
+// Captions hold their words only; the control breaks them into lines where it needs to.
+TEST_F(MainWindowTest, TheExportCaptionWrapsWithoutAHardBreak) {
+    start(fileTarget());
+    QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
+    auto* exportBox = control<QCheckBox>("Check1");
+    EXPECT_EQ(exportBox->text(), QStringLiteral("Export description"));
+    EXPECT_EQ(inkedLines(exportBox, exportBox->rect().adjusted(20, 0, 0, 0)), 2);
 }
 
 }  // namespace

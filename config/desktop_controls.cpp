@@ -1,0 +1,99 @@
+#include "config/desktop_controls.h"
+
+#include <QStyleOption>
+#include <QStylePainter>
+
+namespace {
+
+constexpr int kFrameDarkness = 170;
+constexpr int kCaptionFlags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap;
+
+bool hasKeyboardFocus(const QStyleOption& option) {
+    const QStyle::State focus = QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange;
+    return (option.state & focus) == focus;
+}
+
+// One colour, no gradient and no smoothing, so the fill is the palette's colour to the
+// bit. The frame is a darker shade of it, the highlight colour while the keyboard has
+// brought the focus there, and doubled while the control is pressed.
+void fillFramed(QPainter* painter, const QStyleOption& option, const QColor& fill) {
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing, false);
+    painter->setPen(hasKeyboardFocus(option) ? option.palette.color(QPalette::Highlight)
+                                             : fill.darker(kFrameDarkness));
+    painter->setBrush(fill);
+    painter->drawRect(option.rect.adjusted(0, 0, -1, -1));
+    if (option.state & (QStyle::State_Sunken | QStyle::State_On)) {
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option.rect.adjusted(1, 1, -2, -2));
+    }
+    painter->restore();
+}
+
+void drawCheckMark(QPainter* painter, const QStyleOption& option) {
+    const QRectF box = QRectF(option.rect).adjusted(3, 3, -3, -3);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing, true);
+    painter->setPen(QPen(option.palette.color(QPalette::Text), 2));
+    if (option.state & QStyle::State_NoChange) {
+        painter->drawLine(QPointF(box.left(), box.center().y()),
+                          QPointF(box.right(), box.center().y()));
+    } else {
+        const QPointF mark[] = {{box.left(), box.center().y()},
+                                {box.left() + box.width() * 0.4, box.bottom()},
+                                {box.right(), box.top()}};
+        painter->drawPolyline(mark, 3);
+    }
+    painter->restore();
+}
+
+}  // namespace
+
+void FlatButton::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    fillFramed(&painter, option, option.palette.color(QPalette::Button));
+    option.rect = style()->subElementRect(QStyle::SE_PushButtonContents, &option, this);
+    painter.drawControl(QStyle::CE_PushButtonLabel, option);
+}
+
+void FlatList::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
+    painter.setPen(palette().color(QPalette::Text));
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    fillFramed(&painter, option, option.palette.color(QPalette::Button));
+    QStyleOption arrow(option);
+    arrow.rect =
+        style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxArrow, this);
+    painter.drawPrimitive(QStyle::PE_IndicatorArrowDown, arrow);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+}
+
+void FlatCheckBox::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    QStyleOption square(option);
+    square.rect = style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, this);
+    square.state &= ~(QStyle::State_HasFocus | QStyle::State_Sunken | QStyle::State_On);
+    fillFramed(&painter, square, option.palette.color(QPalette::Base));
+    if (option.state & (QStyle::State_On | QStyle::State_NoChange)) {
+        square.state = option.state;
+        drawCheckMark(&painter, square);
+    }
+    const QRect caption = style()->subElementRect(QStyle::SE_CheckBoxContents, &option, this);
+    painter.drawItemText(caption, kCaptionFlags | Qt::TextShowMnemonic, option.palette, isEnabled(),
+                         text(), QPalette::WindowText);
+    if (!hasKeyboardFocus(option))
+        return;
+    QStyleOptionFocusRect focus;
+    focus.initFrom(this);
+    focus.rect = fontMetrics().boundingRect(caption, kCaptionFlags, text()).adjusted(-1, 0, 1, 0);
+    painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
+}
+
+bool FlatCheckBox::hitButton(const QPoint& position) const {
+    return rect().contains(position);
+}
