@@ -1,5 +1,8 @@
 #include "config/desktop_controls.h"
 
+#include <QApplication>
+#include <QChildEvent>
+#include <QPointer>
 #include <QStyleOption>
 #include <QStylePainter>
 
@@ -46,6 +49,35 @@ void drawCheckMark(QPainter* painter, const QStyleOption& option) {
     }
     painter->restore();
 }
+
+// Puts the window's filter on a list's pop-up: the pop-up is a child window of the
+// list, made when the list first opens and polished just before it shows.
+class PopupKeys : public QObject {
+public:
+    PopupKeys(QComboBox* list, QObject* filter) : QObject(list), m_filter(filter) {
+        list->installEventFilter(this);
+        for (QWidget* child : list->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+            preview(child);
+    }
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::ChildPolished)
+            preview(qobject_cast<QWidget*>(static_cast<QChildEvent*>(event)->child()));
+        return false;
+    }
+
+private:
+    void preview(QWidget* popup) {
+        if (!popup || !popup->isWindow() || !m_filter)
+            return;
+        popup->installEventFilter(m_filter);
+        for (QWidget* inner : popup->findChildren<QWidget*>())
+            inner->installEventFilter(m_filter);
+    }
+
+    QPointer<QObject> m_filter;
+};
 
 }  // namespace
 
@@ -96,4 +128,21 @@ void FlatCheckBox::paintEvent(QPaintEvent*) {
 
 bool FlatCheckBox::hitButton(const QPoint& position) const {
     return rect().contains(position);
+}
+
+void previewListKeys(QComboBox* list, QObject* filter) {
+    new PopupKeys(list, filter);
+}
+
+void closeOpenList() {
+    if (QWidget* popup = QApplication::activePopupWidget())
+        popup->close();
+}
+
+bool clickButton(QObject* watched) {
+    auto* button = qobject_cast<QPushButton*>(watched);
+    if (!button)
+        return false;
+    button->click();
+    return true;
 }

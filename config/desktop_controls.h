@@ -4,8 +4,8 @@
 #include <QComboBox>
 #include <QPushButton>
 
-// How the program's buttons, drop-down lists and check boxes look, the same in every
-// window.
+// How the program's buttons, drop-down lists and check boxes look and take keys, the
+// same in every window.
 //
 // The flat controls are filled with exactly their palette's colour (Button; Base inside
 // a check box's square) and framed by one line, where the desktop's style would shade
@@ -47,3 +47,15 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     bool hitButton(const QPoint& position) const override;
 };
+
+// Key preview for a drop-down list: while the list is open its keys go to its pop-up,
+// a window of its own, and `filter` sees them there first, as it sees the keys of the
+// window's controls.
+void previewListKeys(QComboBox* list, QObject* filter);
+
+// Closes the drop-down list that is open, if any, so that a window key acts on the
+// window with no list hanging over it.
+void closeOpenList();
+
+// Enter on a push button clicks it, as Space does. True when `watched` is one.
+bool clickButton(QObject* watched);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "config/config_file.h"
+#include "config/desktop_controls.h"
 #include "config/list_widgets.h"
 #include "config/option_lists.h"
 #include "ui_options_dialog.h"
@@ -49,6 +50,8 @@ void Form4::connectControls() {
     connect(ui->Command4, &QPushButton::clicked, this, &Form4::installHandlerRequested);
     for (QWidget* child : findChildren<QWidget*>())
         child->installEventFilter(this);
+    for (QComboBox* list : {ui->Combo1, ui->Combo2, ui->Combo3})
+        previewListKeys(list, this);
 }
 
 void Form4::fillLists() {
@@ -119,15 +122,19 @@ void Form4::loadControls() {
     ui->Combo2->setCurrentIndex(listPosition(options.optionsDefaultGUIFontSize, kFontSizes.size()));
 }
 
-// Enter and Esc reach the dialog before the control that has the focus.
+// Enter and Esc reach the dialog before the control that has the focus, an open list
+// included; Enter on a button clicks that button, as it does everywhere.
 bool Form4::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         switch (static_cast<QKeyEvent*>(event)->key()) {
             case Qt::Key_Return:
             case Qt::Key_Enter:
-                Command1_Click();
+                closeOpenList();
+                if (!clickButton(watched))
+                    Command1_Click();
                 return true;
             case Qt::Key_Escape:
+                closeOpenList();
                 Command2_Click();
                 return true;
             default:

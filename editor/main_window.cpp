@@ -9,7 +9,10 @@
 #include <QSignalBlocker>
 #include <QTextBlock>
 #include <QTimer>
+#include <algorithm>
+#include <array>
 
+#include "config/desktop_controls.h"
 #include "config/list_widgets.h"
 #include "config/option_lists.h"
 #include "config/options_dialog.h"
@@ -69,6 +72,10 @@ QString versionLabel() {
 }
 
 constexpr QSize kClientSize{575, 381};  // 8625 x 5715 twips
+
+bool isEnter(int key) {
+    return key == Qt::Key_Return || key == Qt::Key_Enter;
+}
 
 }  // namespace
 
@@ -137,10 +144,12 @@ void Form1::connectControls() {
             [this] { installHandler(m_prompter, m_state.data.appPath); });
     connect(m_options.get(), &Form4::uninstallHandlerRequested, this,
             [this] { uninstallHandler(m_prompter, m_state.data.appPath); });
-    // The window sees every key before the control that has the focus, and the
-    // pictures and the link take clicks.
+    // The window sees every key before the control that has the focus, an open list's
+    // included, and the pictures and the link take clicks.
     for (QWidget* child : findChildren<QWidget*>())
         child->installEventFilter(this);
+    previewListKeys(ui->Combo1, this);
+    previewListKeys(ui->Combo2, this);
 }
 
 // ---------------------------------------------------------------- start-up
@@ -377,6 +386,8 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
             Combo1_Click();
         else if (watched == ui->Combo2)
             Combo2_Click();
+        else if (!windowKey && isEnter(key->key()))
+            return clickButton(watched);
         return windowKey || m_ended;
     }
     if (event->type() == QEvent::MouseButtonRelease)
@@ -390,6 +401,11 @@ void Form1::keyPressEvent(QKeyEvent* event) {
 }
 
 bool Form1::Form_KeyDown(QKeyEvent* event) {
+    constexpr std::array kWindowKeys{Qt::Key_F1, Qt::Key_Escape, Qt::Key_F10, Qt::Key_F12};
+    if (std::ranges::find(kWindowKeys, event->key()) == kWindowKeys.end())
+        return false;
+    // The window acts as if no list of it were open.
+    closeOpenList();
     switch (event->key()) {
         case Qt::Key_F1:
             Command3_Click();

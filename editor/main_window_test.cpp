@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFontInfo>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QWindow>
 
 #include "config/options_dialog.h"
 #include "editor/main_window_fixture.h"
@@ -187,6 +189,42 @@ TEST_F(MainWindowTest, ControlsAreDrawnInExactlyTheThemeColours) {
             dominantColour(run.form_.optionsDialog().findChild<QWidget*>(QStringLiteral("Combo3"))),
             theme);
     }
+}
+
+// The window's keys work while a drop-down list of it is open, and close the list.
+TEST_F(MainWindowTest, WindowKeysReachTheWindowWhileAListIsOpen) {
+    start(fileTarget());
+    QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
+    const auto keyWithListOpen = [&](const char* list, Qt::Key key) {
+        control<QComboBox>(list)->showPopup();
+        QWidget* popup = QApplication::activePopupWidget();
+        ASSERT_NE(popup, nullptr);
+        QTest::keyClick(popup->windowHandle(), key);
+        EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    };
+    keyWithListOpen("Combo1", Qt::Key_F12);
+    EXPECT_TRUE(form_.optionsDialog().isVisible());
+    form_.optionsDialog().hide();
+    keyWithListOpen("Combo2", Qt::Key_F1);
+    EXPECT_EQ(opened_, std::vector<std::string>{VESKOR_HOME_URL});
+    keyWithListOpen("Combo1", Qt::Key_Escape);
+    EXPECT_TRUE(form_.hasEnded());
+}
+
+// Enter clicks the button that has the focus, as Space does; elsewhere it is typing.
+TEST_F(MainWindowTest, EnterClicksTheFocusedButton) {
+    start(fileTarget());
+    QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
+    QTest::keyClick(box(), Qt::Key_Return);
+    EXPECT_EQ(form_.text(), "\r\n");
+    auto* help = control<QPushButton>("Command3");
+    help->setFocus();
+    QTest::keyClick(help, Qt::Key_Return);
+    auto* options = control<QPushButton>("Command4");
+    options->setFocus();
+    QTest::keyClick(options, Qt::Key_Enter);
+    EXPECT_EQ(opened_, std::vector<std::string>{VESKOR_HOME_URL});
+    EXPECT_TRUE(form_.optionsDialog().isVisible());
 }
 
 // Captions hold their words only; the control breaks them into lines where it needs to.

@@ -6,6 +6,7 @@
 #include <QScreen>
 #include <QSignalBlocker>
 
+#include "config/desktop_controls.h"
 #include "contracts/prompter.h"
 #include "core/version.h"
 #include "picker/picker_model.h"
@@ -76,6 +77,7 @@ void Form2::buildLayout() {
          std::initializer_list<QWidget*>{this, ui->Text1, ui->Drive1, ui->Dir1, ui->File1,
                                          ui->Command1, ui->Command2, ui->Command3, ui->Command4})
         control->installEventFilter(this);
+    previewListKeys(ui->Drive1, this);
 }
 
 void Form2::connectControls() {
@@ -156,7 +158,11 @@ bool Form2::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void Form2::Form_KeyDown(int key, bool& handled) {
-    handled = true;
+    handled = key == Qt::Key_Escape || key == Qt::Key_F1 || key == Qt::Key_F5 || key == Qt::Key_F12;
+    if (!handled)
+        return;
+    // The window acts as if its drive list were not open.
+    closeOpenList();
     switch (key) {
         case Qt::Key_Escape:
             Command2_Click();
@@ -171,7 +177,7 @@ void Form2::Form_KeyDown(int key, bool& handled) {
             Command4_Click();
             break;
         default:
-            handled = false;
+            break;
     }
 }
 
@@ -184,10 +190,8 @@ bool Form2::controlKeyDown(QObject* watched, int key) {
         Dir1_KeyDown();
     else if (watched == ui->File1 && enterOrSpace)
         File1_KeyDown();
-    else if (auto* button = qobject_cast<QPushButton*>(watched); button && enter)
-        button->click();
     else
-        return false;
+        return enter && clickButton(watched);
     return true;
 }
 

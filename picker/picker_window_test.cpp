@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTest>
+#include <QWindow>
 #include <filesystem>
 
 #include "tests/temp_dir.h"
@@ -140,6 +142,25 @@ TEST_F(PickerWindowTest, F5ShowsANewFileAndAFolderOrDriveThatCannotBeReadSaysSo)
     drives->setCurrentIndex(drives->findText(QStringLiteral("/")));
     EXPECT_EQ(status(), "/");
     EXPECT_FALSE(fileList()->isHidden());
+}
+
+// The window's keys work while the drive list is open, and close the list; the first
+// Esc already ends the program.
+TEST_F(PickerWindowTest, WindowKeysReachTheWindowWhileTheDriveListIsOpen) {
+    int options = 0, cancels = 0;
+    QObject::connect(&picker_, &Form2::optionsRequested, [&] { ++options; });
+    QObject::connect(&picker_, &Form2::cancelRequested, [&] { ++cancels; });
+    picker_.showPicker();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
+    for (Qt::Key key : {Qt::Key_F12, Qt::Key_Escape}) {
+        control<QComboBox>("Drive1")->showPopup();
+        QWidget* popup = QApplication::activePopupWidget();
+        ASSERT_NE(popup, nullptr);
+        QTest::keyClick(popup->windowHandle(), key);
+        EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    }
+    EXPECT_EQ(options, 1);
+    EXPECT_EQ(cancels, 1);
 }
 
 }  // namespace
