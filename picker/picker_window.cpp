@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QSignalBlocker>
+#include <QValidator>
 
 #include "config/desktop_controls.h"
 #include "contracts/prompter.h"
@@ -49,6 +50,20 @@ std::vector<std::pair<std::string, std::string>> foldersAlong(const std::string&
     return along;
 }
 
+// A path copied from a terminal or a file manager often ends in a line break, and the
+// path box holds one line: each break that comes in, pasted or dropped, becomes one
+// blank, which Enter trims like any other.
+class OneLine : public QValidator {
+public:
+    using QValidator::QValidator;
+    State validate(QString& input, int&) const override {
+        input.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+        input.replace(QLatin1Char('\r'), QLatin1Char(' '));
+        input.replace(QLatin1Char('\n'), QLatin1Char(' '));
+        return Acceptable;
+    }
+};
+
 }  // namespace
 
 Form2::Form2(std::string appPath, QWidget* parent)
@@ -72,6 +87,7 @@ void Form2::buildLayout() {
     QPalette grey = ui->Label3->palette();
     grey.setColor(QPalette::WindowText, grey.color(QPalette::Disabled, QPalette::Text));
     ui->Label3->setPalette(grey);
+    ui->Text1->setValidator(new OneLine(ui->Text1));
     // Key preview: the window sees every key before the control that has the focus.
     for (QWidget* control :
          std::initializer_list<QWidget*>{this, ui->Text1, ui->Drive1, ui->Dir1, ui->File1,

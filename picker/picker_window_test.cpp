@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -72,8 +73,8 @@ protected:
 };
 
 // Select chooses the selected file or else the folder. Only an existing file without ".." is
-// chosen when typed; a pattern filters the file list and stays in the box, selected for
-// overtyping; anything else puts "*.*" back.
+// chosen when typed or pasted (a pasted line break is a blank that Enter trims); a pattern filters
+// the file list and stays in the box, selected for overtyping; anything else puts "*.*" back.
 TEST_F(PickerWindowTest, OpensOnDocumentsAndChoosesWhatIsSelectedOrTyped) {
     const std::string& d = docs_;
     const std::string all = "a.txt B.TXT c.doc";
@@ -103,7 +104,11 @@ TEST_F(PickerWindowTest, OpensOnDocumentsAndChoosesWhatIsSelectedOrTyped) {
     select->click();
     fileList()->setCurrentRow(0);
     select->click();
-    EXPECT_EQ(chosen_, (Names{docs_, docs_ + "/sub", docs_ + "/sub/d.doc"}));
+    box()->selectAll();
+    QGuiApplication::clipboard()->setText(QString::fromStdString(docs_ + "/a.txt\r\n"));
+    QTest::keyClick(box(), Qt::Key_V, Qt::ControlModifier);
+    QTest::keyClick(box(), Qt::Key_Return);
+    EXPECT_EQ(chosen_, (Names{docs_, docs_ + "/sub", docs_ + "/sub/d.doc", docs_ + "/a.txt"}));
     EXPECT_EQ(status(), "Loading...");
     for (const auto& [name, typed, status, chosen, names, shown] : kCases) {
         SCOPED_TRACE(name);
