@@ -71,21 +71,16 @@ TEST_F(EditCommandsTest, CounterCountsBreaksAsTwoCharactersUpToTheLimit) {
     EXPECT_EQ(control<QLabel>("Label3")->text(), QStringLiteral("Description is empty."));
 }
 
-// A desktop program offers rich formats beside the text; the box takes the text alone,
-// with one break for each break, whatever the line ends.
+// The box copies plain text alone, and takes the text alone of what a desktop program
+// offers, one break for each CR LF, LF or CR.
 TEST_F(EditCommandsTest, ClipboardCarriesPlainTextOnlyAndEachPastedBreakIsOneBreak) {
     form_.setText("one\r\ntwo");
     form_.selectText(1, 5);
     press(Qt::Key_C);
-    const QMimeData* copied = QGuiApplication::clipboard()->mimeData();
-    EXPECT_EQ(copied->formats(), QStringList{QStringLiteral("text/plain")});
-    EXPECT_EQ(copied->text(), QStringLiteral("ne\nt"));
-
-    const std::pair<const char*, const char*> kBreaks[] = {{"CR LF", "line1\r\nline2\r\nline3"},
-                                                           {"LF", "line1\nline2\nline3"},
-                                                           {"CR", "line1\rline2\rline3"}};
-    for (const auto& [name, pasted] : kBreaks) {
-        SCOPED_TRACE(name);
+    EXPECT_EQ(QGuiApplication::clipboard()->mimeData()->formats(),
+              QStringList{QStringLiteral("text/plain")});
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("ne\nt"));
+    for (const char* pasted : {"1\r\n2\r\n3", "1\n2\n3", "1\r2\r3"}) {
         auto* offered = new QMimeData;
         offered->setText(QString::fromLatin1(pasted));
         offered->setHtml(QStringLiteral("<p>rich</p>"));
@@ -93,16 +88,16 @@ TEST_F(EditCommandsTest, ClipboardCarriesPlainTextOnlyAndEachPastedBreakIsOneBre
         form_.setText("<>");
         form_.selectText(1, 0);
         press(Qt::Key_V);
-        EXPECT_EQ(form_.text(), "<line1\r\nline2\r\nline3>");
+        EXPECT_EQ(form_.text(), "<1\r\n2\r\n3>");
     }
     QGuiApplication::clipboard()->clear();
-    form_.selectText(1, 7);
+    form_.selectText(1, 3);
     press(Qt::Key_V);  // pasting nothing still deletes the selection
-    EXPECT_EQ(form_.text(), "<line2\r\nline3>");
+    EXPECT_EQ(form_.text(), "<2\r\n3>");
 }
 
-// Ctrl locks the box against edits only: the caret still moves and selects with Ctrl
-// held, an edit with Ctrl (cut) is refused, and a plain key unlocks it.
+// After a Ctrl key the box refuses edits (cutting included) but its caret moves and
+// selects with Ctrl held; a key without Ctrl edits again.
 TEST_F(EditCommandsTest, CtrlLockRefusesEditsButNotMovingOrSelecting) {
     press(Qt::Key_A);
     QTest::keyClicks(box(), QStringLiteral("one two three"));
@@ -113,15 +108,11 @@ TEST_F(EditCommandsTest, CtrlLockRefusesEditsButNotMovingOrSelecting) {
         QTest::keyClick(box(), typed);
     }
     EXPECT_EQ(form_.text(), "Zone Xtwo threeY");
-    press(Qt::Key_End);
-    press(Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(box()->textCursor().selectedText(), QStringLiteral("threeY"));
+    press(Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
     press(Qt::Key_X);
-    EXPECT_TRUE(box()->isReadOnly());
     EXPECT_EQ(form_.text(), "Zone Xtwo threeY");
     press(Qt::Key_Backspace, Qt::NoModifier);
-    EXPECT_FALSE(box()->isReadOnly());
-    EXPECT_EQ(form_.text(), "Zone Xtwo ");
+    EXPECT_EQ(form_.text(), "ZXtwo threeY");
 }
 
 }  // namespace

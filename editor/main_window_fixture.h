@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <QImage>
 #include <QPlainTextEdit>
 #include <QRect>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <ostream>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -54,6 +59,25 @@ public:
         return QRect(g.x() * 15, g.y() * 15, g.width() * 15, g.height() * 15);
     }
 
+    // From a grab of a control: the colour that covers most of it (its background), and
+    // the number of its rows that hold dark caption pixels right of a check box's square.
+    static QColor dominantColour(QWidget* control) {
+        const QImage image = control->grab().toImage();
+        std::map<QRgb, int> counts;
+        for (int i = 0; i < image.width() * image.height(); ++i)
+            ++counts[image.pixel(i % image.width(), i / image.width())];
+        return QColor(
+            std::ranges::max_element(counts, {}, [](auto& c) { return c.second; })->first);
+    }
+    static int captionRows(QWidget* control) {
+        const QImage image = control->grab().toImage();
+        const auto inked = [&](int y) {
+            return std::ranges::any_of(std::views::iota(20, image.width()),
+                                       [&](int x) { return qGray(image.pixel(x, y)) < 96; });
+        };
+        return static_cast<int>(std::ranges::count_if(std::views::iota(0, image.height()), inked));
+    }
+
     TempHome home_;
     TempDir program_;
     TempDir files_;
@@ -65,3 +89,8 @@ public:
 private:
     ShellOpener previousOpener_;
 };
+
+// Failures print a colour as its red, green and blue.
+inline void PrintTo(const QColor& colour, std::ostream* out) {
+    *out << "(" << colour.red() << "," << colour.green() << "," << colour.blue() << ")";
+}

@@ -14,7 +14,6 @@
 #include "config/options_dialog.h"
 #include "editor/main_window_fixture.h"
 #include "picker/picker_window.h"
-#include "tests/widget_pixels.h"
 
 namespace {
 
@@ -168,9 +167,9 @@ TEST_F(MainWindowTest, HelpWithoutItsFileOffersTheHomePageAndADeclinedDeleteKeep
 }
 
 // The buttons, lists, check box and expand bar show exactly the theme colour darkened
-// by 10 in each channel, the labels the theme colour itself, the options' colour list
-// the theme colour; nothing lighter or shaded.
-TEST_F(MainWindowTest, ControlsAreDrawnInExactlyTheThemeColours) {
+// by 10 in each channel, the options' colour list the theme colour, not the style's
+// gradient of them; captions hold their words only and the control wraps them.
+TEST_F(MainWindowTest, ControlsShowTheExactThemeColoursAndWrapTheirCaptions) {
     const std::tuple<const char*, QColor, QColor> kThemes[] = {
         {"BgColor=3", QColor(240, 64, 64), QColor(230, 54, 54)},
         {"BgColor=0", QColor(255, 255, 128), QColor(245, 245, 118)}};
@@ -183,57 +182,54 @@ TEST_F(MainWindowTest, ControlsAreDrawnInExactlyTheThemeColours) {
         for (const char* name : {"Command1", "Command2", "Command3", "Command4", "Command5",
                                  "Combo1", "Combo2", "Check1"})
             EXPECT_EQ(dominantColour(run.control<QWidget>(name)), shade) << name;
-        EXPECT_EQ(dominantColour(run.control<QWidget>("Label6")), theme);
         QTest::keyClick(run.box(), Qt::Key_F12);
-        EXPECT_EQ(
-            dominantColour(run.form_.optionsDialog().findChild<QWidget*>(QStringLiteral("Combo3"))),
-            theme);
+        Form4& options = run.form_.optionsDialog();
+        EXPECT_EQ(dominantColour(options.findChild<QWidget*>(QStringLiteral("Combo3"))), theme);
+        for (auto* caption : {run.control<QCheckBox>("Check1"),
+                              options.findChild<QCheckBox*>(QStringLiteral("Check2"))}) {
+            EXPECT_FALSE(caption->text().contains(QLatin1Char('\n')));
+            EXPECT_GT(captionRows(caption), caption->fontMetrics().height());
+        }
     }
 }
 
-// The window's keys work while a drop-down list of it is open, and close the list.
-TEST_F(MainWindowTest, WindowKeysReachTheWindowWhileAListIsOpen) {
+// The window sees its keys first, an open list's included (which they close); Enter
+// on a button clicks it, and elsewhere in the options confirms them.
+TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterClicksTheFocusedButton) {
     start(fileTarget());
     QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
-    const auto keyWithListOpen = [&](const char* list, Qt::Key key) {
-        control<QComboBox>(list)->showPopup();
+    Form4& options = form_.optionsDialog();
+    const auto optionsControl = [&](const char* name) {
+        return options.findChild<QWidget*>(QString::fromLatin1(name));
+    };
+    // A key on the focused control, or on the list that it opens first.
+    const auto press = [](QWidget* focused, Qt::Key key) {
+        focused->setFocus();
+        auto* list = qobject_cast<QComboBox*>(focused);
+        if (list)
+            list->showPopup();
         QWidget* popup = QApplication::activePopupWidget();
-        ASSERT_NE(popup, nullptr);
-        QTest::keyClick(popup->windowHandle(), key);
+        ASSERT_EQ(popup != nullptr, list != nullptr);
+        QTest::keyClick((list ? popup : focused->window())->windowHandle(), key);
         EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
     };
-    keyWithListOpen("Combo1", Qt::Key_F12);
-    EXPECT_TRUE(form_.optionsDialog().isVisible());
-    form_.optionsDialog().hide();
-    keyWithListOpen("Combo2", Qt::Key_F1);
-    EXPECT_EQ(opened_, std::vector<std::string>{VESKOR_HOME_URL});
-    keyWithListOpen("Combo1", Qt::Key_Escape);
+    press(control<QWidget>("Combo2"), Qt::Key_F1);
+    press(control<QWidget>("Combo1"), Qt::Key_F12);
+    for (const auto& [focused, key, stored] : {std::tuple{"Combo3", Qt::Key_Escape, 0},
+                                               {"Command2", Qt::Key_Return, 0},
+                                               {"Check4", Qt::Key_Enter, 1}}) {
+        SCOPED_TRACE(focused);
+        ASSERT_TRUE(options.isVisible());
+        static_cast<QCheckBox*>(optionsControl("Check4"))->setChecked(true);
+        press(optionsControl(focused), key);
+        EXPECT_FALSE(options.isVisible());
+        EXPECT_EQ(state_.options.optionsAutoCreateExpDesc, stored);
+        press(control<QWidget>("Command4"), Qt::Key_Return);
+    }
+    press(control<QWidget>("Command3"), Qt::Key_Return);
+    EXPECT_EQ(opened_, std::vector<std::string>(2, VESKOR_HOME_URL));
+    press(control<QWidget>("Combo2"), Qt::Key_Escape);
     EXPECT_TRUE(form_.hasEnded());
-}
-
-// Enter clicks the button that has the focus, as Space does; elsewhere it is typing.
-TEST_F(MainWindowTest, EnterClicksTheFocusedButton) {
-    start(fileTarget());
-    QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
-    QTest::keyClick(box(), Qt::Key_Return);
-    EXPECT_EQ(form_.text(), "\r\n");
-    auto* help = control<QPushButton>("Command3");
-    help->setFocus();
-    QTest::keyClick(help, Qt::Key_Return);
-    auto* options = control<QPushButton>("Command4");
-    options->setFocus();
-    QTest::keyClick(options, Qt::Key_Enter);
-    EXPECT_EQ(opened_, std::vector<std::string>{VESKOR_HOME_URL});
-    EXPECT_TRUE(form_.optionsDialog().isVisible());
-}
-
-// Captions hold their words only; the control breaks them into lines where it needs to.
-TEST_F(MainWindowTest, TheExportCaptionWrapsWithoutAHardBreak) {
-    start(fileTarget());
-    QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
-    auto* exportBox = control<QCheckBox>("Check1");
-    EXPECT_EQ(exportBox->text(), QStringLiteral("Export description"));
-    EXPECT_EQ(inkedLines(exportBox, exportBox->rect().adjusted(20, 0, 0, 0)), 2);
 }
 
 }  // namespace

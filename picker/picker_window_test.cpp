@@ -122,7 +122,7 @@ TEST_F(PickerWindowTest, OpensOnDocumentsAndChoosesWhatIsSelectedOrTyped) {
     }
 }
 
-TEST_F(PickerWindowTest, F5ShowsANewFileAndAFolderOrDriveThatCannotBeReadSaysSo) {
+TEST_F(PickerWindowTest, F5ShowsANewFileUnreadableListsSaySoAndEscWorksWithTheDriveListOpen) {
     files({"/top.txt", "/vanished/inner.txt"});
     picker_.showPicker();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
@@ -147,24 +147,13 @@ TEST_F(PickerWindowTest, F5ShowsANewFileAndAFolderOrDriveThatCannotBeReadSaysSo)
     drives->setCurrentIndex(drives->findText(QStringLiteral("/")));
     EXPECT_EQ(status(), "/");
     EXPECT_FALSE(fileList()->isHidden());
-}
 
-// The window's keys work while the drive list is open, and close the list; the first
-// Esc already ends the program.
-TEST_F(PickerWindowTest, WindowKeysReachTheWindowWhileTheDriveListIsOpen) {
-    int options = 0, cancels = 0;
-    QObject::connect(&picker_, &Form2::optionsRequested, [&] { ++options; });
+    // The window's keys come first even while the drive list is open.
+    int cancels = 0;
     QObject::connect(&picker_, &Form2::cancelRequested, [&] { ++cancels; });
-    picker_.showPicker();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&picker_));
-    for (Qt::Key key : {Qt::Key_F12, Qt::Key_Escape}) {
-        control<QComboBox>("Drive1")->showPopup();
-        QWidget* popup = QApplication::activePopupWidget();
-        ASSERT_NE(popup, nullptr);
-        QTest::keyClick(popup->windowHandle(), key);
-        EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
-    }
-    EXPECT_EQ(options, 1);
+    drives->showPopup();
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+    QTest::keyClick(QApplication::activePopupWidget()->windowHandle(), Qt::Key_Escape);
     EXPECT_EQ(cancels, 1);
 }
 
