@@ -1,7 +1,5 @@
 #include "core/load_sequence.h"
 
-#include <optional>
-
 #include "platform/code_page.h"
 #include "platform/lookup.h"
 #include "stores/exported_desc.h"
@@ -13,12 +11,29 @@ namespace {
 
 constexpr std::string_view kPlaceholder = "Enter file description here";
 
-// Text a loader supplied: it fills the box, and a fresh load is not a modification.
-void takeText(EditorState& editor, std::string_view text, std::string_view status) {
-    editor.setText(text);
-    editor.setUpdateBold(false);
-    editor.setStatus(status);
-}
+class StoreReaders : public DescriptionSources {
+public:
+    std::string exportedDesc(const TargetPaths& target) override {
+        return readExpDesc(target.targetFileFullPathname);
+    }
+    std::string oldStreamDesc(const TargetPaths& target) override {
+        return readOldNTFSDesc(target.targetFileFullPathname);
+    }
+    std::string summaryDesc(const TargetPaths& target) override {
+        return readNTFSDesc(target.targetFileFullPathname);
+    }
+    std::optional<std::string> indexDesc(const TargetPaths& target) override {
+        if (!fileExists(target.indexFile))
+            return std::nullopt;
+        return read00IndexFile(target);
+    }
+    std::optional<std::string> failsafeDesc(const std::string& failsafeDBfile,
+                                            const TargetPaths& target) override {
+        if (!fileExists(failsafeDBfile))
+            return std::nullopt;
+        return readFailsafeDB(failsafeDBfile, target.targetFileFullPathname);
+    }
+};
 
 std::string captionFor(const std::string& targetFile) {
     if (characterCount(targetFile) <= 40)
@@ -27,47 +42,48 @@ std::string captionFor(const std::string& targetFile) {
     return std::string(firstCharacters(targetFile, 3)) + "..." + std::string(tail) + " - Veskor";
 }
 
-void loadFromStores(SharedState& state, EditorState& editor) {
-    const std::string& target = state.target.targetFileFullPathname;
-    if (editor.text().empty()) {
-        if (std::string text = readExpDesc(target); !text.empty())
-            takeText(editor, text, "Loaded from exported description");
-    }
-    // The old stream wins over everything, even over an exported file loaded above.
-    if (std::string text = readOldNTFSDesc(target); !text.empty())
-        takeText(editor, text, "Loaded from NTFS (old)");
-    if (editor.text().empty()) {
-        if (std::string text = readNTFSDesc(target); !text.empty())
-            takeText(editor, text, "Loaded from NTFS");
-    }
-    if (editor.text().empty() && fileExists(state.target.indexFile)) {
-        editor.setText(read00IndexFile(state.target));
-        editor.setUpdateBold(false);
-        if (!editor.text().empty())
-            editor.setStatus("Loaded from '00_Index.txt'");
-    }
-    state.data.failsafeDBfile = state.data.failsafeDBpath + "ver1.7.dat";
-    if (editor.text().empty() && !editor.updateBold() && fileExists(state.data.failsafeDBfile)) {
-        // A record that holds no line still names its source.
-        if (auto text = readFailsafeDB(state.data.failsafeDBfile, target)) {
-            editor.setText(*text);
-            editor.setStatus("Loaded from failsafe");
-        }
-        editor.setUpdateBold(false);
-    }
+}  // namespace
+
+DescriptionSources& storeReaders() {
+    static StoreReaders readers;
+    return readers;
 }
 
-}  // namespace
+FoundDescription findDescription(const TargetPaths& target, const std::string& failsafeDBfile,
+                                 DescriptionSources& sources) {
+    FoundDescription found;
+    if (std::string text = sources.exportedDesc(target); !text.empty())
+        found = {text, "Loaded from exported description"};
+    // The old stream wins over everything, even over an exported file found above.
+    if (std::string text = sources.oldStreamDesc(target); !text.empty())
+        found = {text, "Loaded from NTFS (old)"};
+    if (!found.text.empty())
+        return found;
+    if (std::string text = sources.summaryDesc(target); !text.empty())
+        return {text, "Loaded from NTFS"};
+    if (auto text = sources.indexDesc(target); text && !text->empty())
+        return {*text, "Loaded from '00_Index.txt'"};
+    // A record that holds no line still names its source.
+    if (auto text = sources.failsafeDesc(failsafeDBfile, target))
+        return {*text, "Loaded from failsafe"};
+    return found;
+}
 
 void loadDescription(SharedState& state, EditorState& editor) {
     editor.setCaption("Loading description... - Veskor");
-    loadFromStores(state, editor);
+    state.data.failsafeDBfile = state.data.failsafeDBpath + "ver1.7.dat";
+    FoundDescription found =
+        findDescription(state.target, state.data.failsafeDBfile, storeReaders());
+    // A freshly loaded description is not a modification.
+    editor.setText(found.text);
+    editor.setUpdateBold(false);
+    if (!found.status.empty())
+        editor.setStatus(found.status);
     if (editor.text().empty()) {
         editor.setStatus("Description not found");
         editor.setText(kPlaceholder);
         editor.selectText(0, characterCount(kPlaceholder));
         editor.focusText();
-        editor.setUpdateBold(false);
     }
     editor.showOpenIcon(IsADirectory(state.target.targetFileFullPathname));
     editor.setTargetBox(state.target.targetFileFullPathname);
