@@ -34,6 +34,14 @@ LineReader::LineReader(const std::string& path) {
         m_error = {errno, std::generic_category()};
 }
 
+LineReader::LineReader(const std::string& path, std::uint64_t offset) : LineReader(path) {
+    if (m_fd < 0)
+        return;
+    if (::lseek(m_fd, static_cast<off_t>(offset), SEEK_SET) < 0)
+        m_error = {errno, std::generic_category()};
+    m_bufferOffset = offset;
+}
+
 LineReader::~LineReader() {
     if (m_fd >= 0)
         ::close(m_fd);
@@ -45,6 +53,7 @@ bool LineReader::fill() {
         return false;
     if (m_pos > 0) {
         m_buffer.erase(0, m_pos);
+        m_bufferOffset += m_pos;
         m_pos = 0;
     }
     std::size_t old = m_buffer.size();
@@ -81,6 +90,7 @@ bool LineReader::next(std::string& line) {
                 continue;
             }
             line.assign(m_buffer, m_pos, end - m_pos);
+            m_lineOffset = m_bufferOffset + m_pos;
             bool crlf =
                 m_buffer[end] == '\r' && end + 1 < m_buffer.size() && m_buffer[end + 1] == '\n';
             m_pos = end + (crlf ? 2 : 1);
@@ -91,6 +101,7 @@ bool LineReader::next(std::string& line) {
             if (m_error || m_pos >= m_buffer.size())
                 return false;
             line.assign(m_buffer, m_pos, std::string::npos);
+            m_lineOffset = m_bufferOffset + m_pos;
             m_pos = m_buffer.size();
             return true;
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -11,6 +12,8 @@
 class LineReader {
 public:
     explicit LineReader(const std::string& path);
+    // Starts reading at a byte offset, as from a line found earlier by lineOffset().
+    LineReader(const std::string& path, std::uint64_t offset);
     ~LineReader();
     LineReader(const LineReader&) = delete;
     LineReader& operator=(const LineReader&) = delete;
@@ -24,6 +27,9 @@ public:
     // True when no line follows the one last returned.
     bool atEnd();
 
+    // The byte offset in the file at which the line last returned begins.
+    std::uint64_t lineOffset() const { return m_lineOffset; }
+
 private:
     bool fill();
 
@@ -31,6 +37,8 @@ private:
     std::error_code m_error;
     std::string m_buffer;
     std::size_t m_pos = 0;
+    std::uint64_t m_bufferOffset = 0;  // the file offset of m_buffer[0]
+    std::uint64_t m_lineOffset = 0;
     bool m_eof = false;
 };
 

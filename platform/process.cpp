@@ -1,10 +1,13 @@
 #include "platform/process.h"
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 // Forks twice so that the started program is adopted by init: we never wait for it
 // and it never lingers as a zombie of ours.
@@ -49,5 +52,37 @@ std::error_code startDetached(const std::vector<std::string>& argv) {
     ::close(pipeFds[0]);
     if (n == sizeof execError)
         return {execError, std::generic_category()};
+    return {};
+}
+
+extern char** environ;
+
+std::error_code runAndWait(const std::vector<std::string>& argv, int& exitStatus,
+                           const std::function<void()>& whileWaiting) {
+    exitStatus = -1;
+    if (argv.empty())
+        return std::make_error_code(std::errc::invalid_argument);
+    std::vector<char*> args;
+    for (const auto& a : argv)
+        args.push_back(const_cast<char*>(a.c_str()));
+    args.push_back(nullptr);
+    pid_t child = 0;
+    if (int err = ::posix_spawnp(&child, args[0], nullptr, nullptr, args.data(), environ))
+        return {err, std::generic_category()};
+    int status = 0;
+    for (;;) {
+        pid_t done = ::waitpid(child, &status, whileWaiting ? WNOHANG : 0);
+        if (done == child)
+            break;
+        if (done < 0 && errno != EINTR)
+            return {errno, std::generic_category()};
+        if (done == 0) {
+            whileWaiting();
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+    }
+    if (!WIFEXITED(status))
+        return std::make_error_code(std::errc::interrupted);
+    exitStatus = WEXITSTATUS(status);
     return {};
 }

@@ -25,3 +25,7 @@ enum class StreamStatus {
 // the old value exactly as it was. Empty bytes make an empty stream.
 [[nodiscard]] StreamStatus replaceStream(const std::string& path, std::string_view name,
                                          std::string_view bytes);
+
+// The names of every stream of the path (the part after "user."), each followed by a
+// NUL, as the kernel lists them; other namespaces are left out.
+[[nodiscard]] StreamStatus listStreams(const std::string& path, std::string& names);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 #include <system_error>
+#include <unordered_set>
+#include <vector>
 
 #include "platform/atomic_file.h"
 #include "platform/code_page.h"
@@ -128,6 +130,158 @@ WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter) {
 WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter,
                              std::chrono::milliseconds lockTimeout) {
     if (rewriteDatabase(state, lockTimeout)) {
+        showError(prompter, kUpdateFailed);
+        return WriteResult::Error;
+    }
+    return WriteResult::Ok;
+}
+
+namespace {
+
+constexpr std::string_view kBeginPrefix = "Veskor failsafe DB 1.7 BEGIN ";
+constexpr std::string_view kEndPrefix = "Veskor failsafe DB 1.7 END ";
+
+// The key of a begin or end line, as the reader would compare it; nullopt for any
+// other line.
+std::optional<std::string> markerKey(std::string_view line, std::string_view prefix) {
+    if (!line.starts_with(kMarkerPrefix))
+        return std::nullopt;
+    std::string text = isAscii(line) ? std::string(line) : decodeFileText(line);
+    if (!std::string_view(text).starts_with(prefix))
+        return std::nullopt;
+    return text.substr(prefix.size());
+}
+
+// A key of `folderKey` itself or of something under it.
+bool isAtOrUnder(std::string_view key, std::string_view folderKey) {
+    return key.starts_with(folderKey) &&
+           (key.size() == folderKey.size() || key[folderKey.size()] == '/');
+}
+
+// The rest of a record: the lines after its begin line, up to and including the end
+// line of `key`, or to the file's end. One record is held, never the database.
+void readRecordLines(LineReader& reader, const std::string& key, std::vector<std::string>& lines) {
+    const std::string end = std::string(kEndPrefix) + key;
+    lines.clear();
+    std::string line;
+    while (reader.next(line)) {
+        lines.push_back(line);
+        if (isMarker(line, end))
+            return;
+    }
+}
+
+void writeLines(AtomicFile& out, const std::vector<std::string>& lines) {
+    for (const std::string& line : lines)
+        out.writeLine(line);
+}
+
+struct RecordMove {
+    std::string fromKey, toKey;
+    bool keepOld;
+};
+
+// Streams the database into `out`, moving or copying the records of `move`.
+std::error_code copyMovingRecords(const std::string& file, const RecordMove& move,
+                                  AtomicFile& out) {
+    LineReader reader(file);
+    std::string line;
+    std::vector<std::string> record;
+    while (reader.next(line)) {
+        auto key = markerKey(line, kBeginPrefix);
+        if (!key || reader.atEnd() ||
+            (!isAtOrUnder(*key, move.fromKey) && !isAtOrUnder(*key, move.toKey))) {
+            out.writeLine(line);
+            continue;
+        }
+        readRecordLines(reader, *key, record);
+        if (isAtOrUnder(*key, move.toKey))  // a stale record where the entry now is
+            continue;
+        if (move.keepOld) {
+            out.writeLine(line);
+            writeLines(out, record);
+        }
+        const std::string newKey = move.toKey + key->substr(move.fromKey.size());
+        if (!record.empty() && isMarker(record.back(), std::string(kEndPrefix) + *key))
+            record.back() = std::string(kEndPrefix) + newKey;
+        out.writeLine(std::string(kBeginPrefix) + newKey);
+        writeLines(out, record);
+    }
+    return reader.error();
+}
+
+std::error_code rewriteMovingRecords(const std::string& file, const RecordMove& move) {
+    FolderLock lock;
+    if (auto ec = lock.acquire(folderOf(file), kFailsafeLockTimeout))
+        return ec;
+    if (!fileExists(file))
+        return {};
+    AtomicFile out(file);
+    if (auto ec = out.open())
+        return ec;
+    if (auto ec = copyMovingRecords(file, move, out))
+        return ec;
+    return out.commit();
+}
+
+}  // namespace
+
+FailsafeOffsets scanFailsafeDB(const std::string& failsafeDBfile, const std::string& folder) {
+    FailsafeOffsets offsets;
+    if (!fileExists(failsafeDBfile))
+        return offsets;
+    const std::string folderKey = upperCase(folder);
+    // Keys whose record is still open: a begin line of the same key inside it is text.
+    std::unordered_set<std::size_t> open;
+    LineReader reader(failsafeDBfile);
+    std::string line;
+    while (reader.next(line)) {
+        if (auto key = markerKey(line, kBeginPrefix)) {
+            std::size_t hash = std::hash<std::string>{}(*key);
+            if (key->starts_with(folderKey) && !open.contains(hash) && !reader.atEnd()) {
+                offsets.byKeyHash.emplace(hash, reader.lineOffset());
+                open.insert(hash);
+            }
+        } else if (auto endKey = markerKey(line, kEndPrefix)) {
+            open.erase(std::hash<std::string>{}(*endKey));
+        }
+    }
+    if (reader.error())
+        offsets.byKeyHash.clear();
+    return offsets;
+}
+
+std::optional<std::string> readFailsafeDBAt(const std::string& failsafeDBfile,
+                                            const FailsafeOffsets& offsets,
+                                            const std::string& targetFileFullPathname) {
+    RecordMarkers markers(targetFileFullPathname);
+    auto [first, last] = offsets.byKeyHash.equal_range(std::hash<std::string>{}(markers.key));
+    std::vector<std::uint64_t> starts;
+    for (auto it = first; it != last; ++it)
+        starts.push_back(it->second);
+    std::sort(starts.begin(), starts.end());
+    std::optional<std::string> text;
+    for (std::uint64_t start : starts) {
+        LineReader reader(failsafeDBfile, start);
+        std::string line;
+        // Another key of the same hash, or a database that changed since the scan.
+        if (!reader.next(line) || !isMarker(line, markers.begin) || reader.atEnd())
+            continue;
+        if (!text)
+            text.emplace();
+        appendRecord(reader, markers, *text);
+        if (reader.error())
+            return std::nullopt;
+    }
+    return text;
+}
+
+WriteResult moveFailsafeRecords(const std::string& failsafeDBfile, const std::string& from,
+                                const std::string& to, bool keepOld, Prompter& prompter) {
+    RecordMove move{upperCase(from), upperCase(to), keepOld};
+    if (move.fromKey == move.toKey)
+        return WriteResult::Ok;
+    if (rewriteMovingRecords(failsafeDBfile, move)) {
         showError(prompter, kUpdateFailed);
         return WriteResult::Error;
     }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "contracts/prompter.h"
 #include "contracts/shared_state.h"
@@ -40,3 +42,34 @@ inline constexpr std::chrono::milliseconds kFailsafeLockTimeout{10000};
 // The same with another wait for the lock.
 [[nodiscard]] WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter,
                                            std::chrono::milliseconds lockTimeout);
+
+// ---- Many targets at once (veskor-cli's listings, moves and copies)
+
+// Where the records of the targets under one folder begin, from one streamed pass over
+// the database: the byte offsets of their begin lines, found by a hash of the key.
+// Holds 16 bytes or so per record under the folder, never a description.
+struct FailsafeOffsets {
+    std::unordered_multimap<std::size_t, std::uint64_t> byKeyHash;
+};
+
+// Scans the database once for the records whose key lies under `folder` (a full path
+// ending in "/"). Empty when there is no database or it cannot be read.
+[[nodiscard]] FailsafeOffsets scanFailsafeDB(const std::string& failsafeDBfile,
+                                             const std::string& folder);
+
+// What readFailsafeDB() returns for the target, read only at the offsets of its
+// records. A database changed since the scan may read as no record.
+[[nodiscard]] std::optional<std::string> readFailsafeDBAt(
+    const std::string& failsafeDBfile, const FailsafeOffsets& offsets,
+    const std::string& targetFileFullPathname);
+
+// After `from` became `to` (a file, or a folder with everything in it): every record
+// of `from` or under it is given the key of the same path under `to`, in one streamed
+// rewrite under the database's lock. With `keepOld` (a copy) the old records stay and
+// each copy follows its original. Records already keyed at or under `to` are dropped,
+// so that `to` reads as `from` did. Nothing changes when the two keys are the same.
+// On failure shows the database's error message and returns Error; the old database
+// is then left as it was.
+[[nodiscard]] WriteResult moveFailsafeRecords(const std::string& failsafeDBfile,
+                                              const std::string& from, const std::string& to,
+                                              bool keepOld, Prompter& prompter);

@@ -2,6 +2,7 @@
 
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "platform/atomic_file.h"
 #include "platform/code_page.h"
@@ -191,4 +192,61 @@ WriteResult update00IndexFile(const SharedState& state, Prompter& prompter) {
         return WriteResult::Error;
     }
     return WriteResult::Ok;
+}
+
+namespace {
+
+// Reading one name, a head line is looked at in full, or for the short form only (the
+// line that ended the name's quoted entry), or not at all (the line that ended its
+// short entry). At most two names are in such a state at once: those whose entries
+// the previous head line started.
+struct HeadExceptions {
+    std::string shortOnly, skipped;
+};
+
+// Starts the entries that a head line opens; the texts to which its continuation
+// lines belong go to `open`.
+HeadExceptions startEntries(std::string_view head, const HeadExceptions& exceptions,
+                            IndexEntries& entries, std::vector<std::string*>& open) {
+    HeadExceptions next;
+    open.clear();
+    if (isQuoted(head) && head.size() > 2) {
+        std::string name = upperCase(head.substr(1, head.size() - 2));
+        if (name != exceptions.shortOnly && name != exceptions.skipped) {
+            open.push_back(&entries[name]);
+            next.shortOnly = name;
+        }
+    }
+    std::string name = upperCase(shortFormName(head));
+    if (!name.empty() && name != exceptions.skipped) {
+        std::string& text = entries[name];
+        text += charactersFrom(head, kTextColumn);
+        text += kCrLf;
+        open.push_back(&text);
+        next.skipped = name;
+    }
+    return next;
+}
+
+}  // namespace
+
+IndexEntries read00IndexEntries(const std::string& indexFile) {
+    IndexEntries entries;
+    if (!fileExists(indexFile))
+        return entries;
+    LineReader reader(indexFile);
+    HeadExceptions exceptions;
+    std::vector<std::string*> open;
+    std::string line;
+    while (reader.next(line)) {
+        if (isContinuation(line)) {
+            for (std::string* text : open)
+                appendTextLine(std::string_view(line).substr(kTextColumn), *text);
+        } else {
+            exceptions = startEntries(decodeFileText(line), exceptions, entries, open);
+        }
+    }
+    if (reader.error())
+        entries.clear();
+    return entries;
 }

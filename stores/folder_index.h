@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 
 #include "contracts/prompter.h"
 #include "contracts/shared_state.h"
@@ -32,3 +33,12 @@
 // exists already. On failure shows the index's error message and returns Error; the
 // old index is then left as it was and the temporary file is removed.
 [[nodiscard]] WriteResult update00IndexFile(const SharedState& state, Prompter& prompter);
+
+// ---- Many entries at once (veskor-cli's listings)
+
+// Every name's description in one folder's index, from one pass over the file: for
+// each name, upper-cased, exactly what read00IndexFile() returns for it. Names with no
+// entry are absent. Empty when the index is missing or cannot be read. Holds as much
+// text as the index does, for one folder at a time.
+using IndexEntries = std::unordered_map<std::string, std::string>;
+[[nodiscard]] IndexEntries read00IndexEntries(const std::string& indexFile);

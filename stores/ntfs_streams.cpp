@@ -53,9 +53,9 @@ void emptyOldStream(const std::string& target, StreamAccess& streams) {
         (void)streams.replace(target, kOldStream, "");
 }
 
-std::string streamText(const std::string& target, std::string_view name) {
+std::string streamText(const std::string& target, std::string_view name, StreamAccess& streams) {
     std::string bytes;
-    if (readStream(target, name, bytes) != StreamStatus::Ok)
+    if (streams.read(target, name, bytes) != StreamStatus::Ok)
         return {};
     return bytes;
 }
@@ -68,12 +68,20 @@ StreamAccess& hostStreams() {
 }
 
 std::string readNTFSDesc(const std::string& targetFileFullPathname) {
-    return readSummaryInfoDesc(streamText(targetFileFullPathname, kSummaryStream));
+    return readNTFSDesc(targetFileFullPathname, hostStreams());
+}
+
+std::string readNTFSDesc(const std::string& targetFileFullPathname, StreamAccess& streams) {
+    return readSummaryInfoDesc(streamText(targetFileFullPathname, kSummaryStream, streams));
+}
+
+std::string readOldNTFSDesc(const std::string& targetFileFullPathname) {
+    return readOldNTFSDesc(targetFileFullPathname, hostStreams());
 }
 
 // Windows programs wrote this stream in their ANSI page; it reads right either way.
-std::string readOldNTFSDesc(const std::string& targetFileFullPathname) {
-    return decodeFileText(streamText(targetFileFullPathname, kOldStream));
+std::string readOldNTFSDesc(const std::string& targetFileFullPathname, StreamAccess& streams) {
+    return decodeFileText(streamText(targetFileFullPathname, kOldStream, streams));
 }
 
 WriteResult updateNTFSDesc(const SharedState& state, EditorState& editor) {

@@ -35,9 +35,11 @@ StreamAccess& hostStreams();
 
 // The Comments text of the summary-information stream, or "".
 std::string readNTFSDesc(const std::string& targetFileFullPathname);
+std::string readNTFSDesc(const std::string& targetFileFullPathname, StreamAccess& streams);
 
 // The old description stream's whole content as text, nothing trimmed, or "".
 std::string readOldNTFSDesc(const std::string& targetFileFullPathname);
+std::string readOldNTFSDesc(const std::string& targetFileFullPathname, StreamAccess& streams);
 
 // Stores editor.text() (CR LF breaks, as the box holds it) in the summary-information
 // stream of state.target.targetFileFullPathname, rebuilding the stream that is there
