@@ -1,12 +1,14 @@
+#include <unistd.h>
+
 #include <iostream>
 #include <string>
 #include <vector>
 
-#include "core/cli.h"
+#include "cli/cli.h"
 #include "platform/environment.h"
 
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     std::vector<std::string> args(argv + 1, argv + argc);
-    return runCli(args, programFolder(), {std::cin, std::cout, std::cerr});
+    return runCli(args, programFolder(), {std::cin, std::cout, std::cerr, ::isatty(2) == 1});
 }

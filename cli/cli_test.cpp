@@ -1,6 +1,6 @@
 // veskor-cli run in-process on a target "plan.txt" in a temporary home, and as a real
 // process where a test needs several at once, or kills or races one mid-save.
-#include "core/cli.h"
+#include "cli/cli.h"
 
 #include <fcntl.h>
 #include <spawn.h>

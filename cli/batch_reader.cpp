@@ -1,0 +1,76 @@
+#include "cli/batch_reader.h"
+
+#include "platform/code_page.h"
+#include "platform/lookup.h"
+#include "platform/xattr.h"
+#include "stores/exported_desc.h"
+
+BatchReader::BatchReader(const std::string& failsafeDBfile, const std::string& top)
+    : m_failsafeDBfile(failsafeDBfile), m_failsafe(scanFailsafeDB(failsafeDBfile, top)) {}
+
+void BatchReader::readIndex(const std::string& folder) {
+    const std::string indexFile = folder + "00_index.txt";
+    m_hasIndex = fileExists(indexFile);
+    m_index = m_hasIndex ? read00IndexEntries(indexFile) : IndexEntries();
+}
+
+std::string BatchReader::exportedDesc(const TargetPaths& target) {
+    if (!m_exportedFiles.contains(target.targetFile + std::string(kExportedSuffix)))
+        return "";
+    return readExpDesc(target.targetFileFullPathname);
+}
+
+std::string BatchReader::oldStreamDesc(const TargetPaths& target) {
+    return readOldNTFSDesc(target.targetFileFullPathname, m_streams);
+}
+
+std::string BatchReader::summaryDesc(const TargetPaths& target) {
+    return readNTFSDesc(target.targetFileFullPathname, m_streams);
+}
+
+std::optional<std::string> BatchReader::indexDesc(const TargetPaths& target) {
+    if (!m_hasIndex)
+        return std::nullopt;
+    auto entry = m_index.find(upperCase(target.targetFile));
+    return entry == m_index.end() ? std::string() : entry->second;
+}
+
+std::optional<std::string> BatchReader::failsafeDesc(const std::string& /*failsafeDBfile*/,
+                                                     const TargetPaths& target) {
+    return readFailsafeDBAt(m_failsafeDBfile, m_failsafe, target.targetFileFullPathname);
+}
+
+StreamStatus BatchReader::ListedStreams::list(const std::string& path) {
+    if (path != m_path) {
+        m_path = path;
+        m_status = listStreams(path, m_names);
+    }
+    return m_status;
+}
+
+StreamStatus BatchReader::ListedStreams::read(const std::string& path, std::string_view name,
+                                              std::string& bytes) {
+    bytes.clear();
+    if (StreamStatus status = list(path); status != StreamStatus::Ok)
+        return status;
+    return exists(path, name) == StreamStatus::Ok ? readStream(path, name, bytes)
+                                                  : StreamStatus::Missing;
+}
+
+StreamStatus BatchReader::ListedStreams::exists(const std::string& path, std::string_view name) {
+    if (StreamStatus status = list(path); status != StreamStatus::Ok)
+        return status;
+    for (std::size_t start = 0; start < m_names.size();) {
+        std::size_t end = m_names.find('\0', start);
+        if (std::string_view(m_names).substr(start, end - start) == name)
+            return StreamStatus::Ok;
+        start = end + 1;
+    }
+    return StreamStatus::Missing;
+}
+
+// Listings never write.
+StreamStatus BatchReader::ListedStreams::replace(const std::string&, std::string_view,
+                                                 std::string_view) {
+    return StreamStatus::Failed;
+}

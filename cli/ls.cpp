@@ -1,0 +1,42 @@
+#include <ostream>
+
+#include "cli/json_lines.h"
+#include "cli/listing.h"
+#include "cli/verbs.h"
+
+namespace {
+
+std::string_view firstLine(std::string_view text) {
+    return text.substr(0, text.find('\n'));
+}
+
+}  // namespace
+
+// One line per entry of the folder that has a description (every entry with -a):
+// NAME, a tab and the description's first line; or the JSON line of each.
+int runLs(Session& session, const LsCall& call) {
+    auto folder = session.openFolder(call.folder);
+    if (!folder)
+        return kRefused;
+    std::ostream& out = session.streams.out;
+    int result = kDone;
+    Listing listing(session, *folder);
+    bool read = listing.listFolder(*folder, [&](const ListedEntry& entry) {
+        if (entry.text.empty() && !call.all)
+            return;
+        if (!call.json) {
+            out << entry.name << '\t' << firstLine(entry.text) << '\n';
+        } else if (auto line = jsonLine({entry.path, entry.text, sourceName(entry.found.status)})) {
+            out << *line << '\n';
+        } else {
+            session.complain(entry.path +
+                             ": the name is not UTF-8, which JSON cannot hold; left out");
+            result = kFailed;
+        }
+    });
+    if (!read) {
+        session.complain(*folder + ": the folder cannot be read");
+        return kFailed;
+    }
+    return result;
+}

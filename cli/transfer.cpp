@@ -1,0 +1,199 @@
+#include "cli/transfer.h"
+
+#include <cerrno>
+#include <filesystem>
+
+#include "cli/progress.h"
+#include "core/paths.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/lookup.h"
+#include "platform/process.h"
+#include "stores/failsafe_db.h"
+#include "stores/folder_index.h"
+
+namespace {
+
+// Absolute, normalised, without a trailing "/".
+std::string fullPath(const std::string& path) {
+    std::string full = lexicallyNormal(path.starts_with('/') ? path : currentFolder() + path);
+    while (full.size() > 1 && full.ends_with('/'))
+        full.pop_back();
+    return full;
+}
+
+// Anything at the path, a dangling link included.
+bool somethingAt(const std::string& path) {
+    std::error_code ec;
+    return std::filesystem::symlink_status(path, ec).type() !=
+           std::filesystem::file_type::not_found;
+}
+
+struct Ends {
+    TargetPaths from, to;
+};
+
+class Transferring {
+public:
+    Transferring(Session& session, const Transfer& transfer)
+        : m_session(session), m_transfer(transfer), m_progress(session.streams, "copying") {}
+
+    int run();
+
+private:
+    std::optional<int> refusal();
+    bool carryEntry(const std::string& from, const std::string& to);
+    void carryExportedFile();
+    void carryIndexEntry(const std::string& indexText);
+    void carryFailsafeRecords();
+    void makeSureItArrived(const std::string& before);
+    WriteResult writeIndex(const TargetPaths& target, const std::string& text, bool remove);
+
+    Session& m_session;
+    Transfer m_transfer;
+    Progress m_progress;
+    Ends m_ends;
+    bool m_failed = false;
+};
+
+std::optional<int> Transferring::refusal() {
+    const std::string from = fullPath(m_transfer.source), to = fullPath(m_transfer.destination);
+    auto fromTarget = m_session.targetPathsOf(from), toTarget = m_session.targetPathsOf(to);
+    if (!fromTarget || !toTarget) {
+        m_session.complain("no description can be kept for " + (fromTarget ? to : from));
+        return kRefused;
+    }
+    m_ends = {*fromTarget, *toTarget};
+    Entry source = lookupEntry(from);
+    std::string why;
+    if (source.kind == EntryKind::Missing || source.kind == EntryKind::Error)
+        why = from + ": not found";
+    else if (somethingAt(to))
+        why = to + ": exists already";
+    else if (somethingAt(to + ".description"))
+        why = to + ".description: exists already";
+    else if (to.starts_with(from + "/"))
+        why = to + ": lies inside " + from;
+    else if (source.kind == EntryKind::Directory && m_transfer.keepSource && !m_transfer.recursive)
+        why = from + ": a folder is copied with cp -r";
+    if (why.empty())
+        return std::nullopt;
+    m_session.complain(why);
+    return kRefused;
+}
+
+// A rename where it can; across file systems, and for every copy, the coreutils that
+// keep mode, times, links and extended attributes.
+bool Transferring::carryEntry(const std::string& from, const std::string& to) {
+    if (!m_transfer.keepSource) {
+        std::error_code ec = renameNoReplace(from, to);
+        if (!ec || ec.value() != EXDEV) {
+            if (ec)
+                m_session.complain(from + ": cannot be moved: " + ec.message());
+            return !ec;
+        }
+    }
+    std::vector<std::string> argv = {m_transfer.keepSource ? "cp" : "mv", "-T", "-n"};
+    if (m_transfer.keepSource)
+        argv.push_back("-a");
+    argv.insert(argv.end(), {"--", from, to});
+    const auto started = std::chrono::steady_clock::now();
+    int status = -1;
+    std::error_code ec = runAndWait(argv, status, [&] {
+        auto seconds = std::chrono::duration_cast<std::chrono::seconds>(
+            std::chrono::steady_clock::now() - started);
+        m_progress.show(from + " (" + std::to_string(seconds.count()) + " s)");
+    });
+    if (ec || status != 0 || !somethingAt(to) || somethingAt(from) == !m_transfer.keepSource) {
+        m_session.complain(from + ": cannot be " + (m_transfer.keepSource ? "copied" : "moved"));
+        return false;
+    }
+    return true;
+}
+
+void Transferring::carryExportedFile() {
+    const std::string from = m_ends.from.targetFileFullPathname + ".description";
+    if (somethingAt(from) && !carryEntry(from, m_ends.to.targetFileFullPathname + ".description"))
+        m_failed = true;
+}
+
+WriteResult Transferring::writeIndex(const TargetPaths& target, const std::string& text,
+                                     bool remove) {
+    SharedState state;
+    state.data = m_session.state.data;
+    state.options = m_session.state.options;
+    state.target = target;
+    state.targetFileDesc = text;
+    state.removeTargetFileDescFlag = remove ? 1 : 0;
+    return update00IndexFile(state, m_session.prompter);
+}
+
+// The source's entry leaves first, so that a rename that changes only the letter case
+// within a folder ends with the one entry.
+void Transferring::carryIndexEntry(const std::string& indexText) {
+    if (!indexText.empty() && !m_transfer.keepSource &&
+        writeIndex(m_ends.from, "", true) == WriteResult::Error)
+        m_failed = true;
+    // The writer puts a CR LF between lines; the reader ended every line with one.
+    std::string text = indexText;
+    if (text.ends_with("\r\n"))
+        text.resize(text.size() - 2);
+    const bool staleEntry = indexText.empty() && !read00IndexFile(m_ends.to).empty();
+    if ((!indexText.empty() || staleEntry) &&
+        writeIndex(m_ends.to, text, staleEntry) == WriteResult::Error)
+        m_failed = true;
+}
+
+void Transferring::carryFailsafeRecords() {
+    if (moveFailsafeRecords(m_session.failsafeFile(), m_ends.from.targetFileFullPathname,
+                            m_ends.to.targetFileFullPathname, m_transfer.keepSource,
+                            m_session.prompter) == WriteResult::Error)
+        m_failed = true;
+}
+
+// A store that could not follow (a destination volume without extended attributes,
+// say) must not lose the description: the full save stores it where it can.
+void Transferring::makeSureItArrived(const std::string& before) {
+    auto arrived = [&] {
+        return printedText(findDescription(m_ends.to, m_session.failsafeFile(), storeReaders())) ==
+               before;
+    };
+    if (arrived())
+        return;
+    SharedState state;
+    state.data = m_session.state.data;
+    state.options = m_session.state.options;
+    state.target = m_ends.to;
+    PlainEditorState editor;
+    StderrPrompter yes(true, m_session.streams.err);
+    if (before.empty() ||
+        saveDescription(state, editor, withCrLfBreaks(before), false, yes) != SaveOutcome::Stored ||
+        !arrived()) {
+        m_session.complain(m_ends.to.targetFileFullPathname +
+                           ": the description did not arrive whole");
+        m_failed = true;
+    }
+}
+
+int Transferring::run() {
+    if (!m_session.start())
+        return kRefused;
+    if (auto refused = refusal())
+        return *refused;
+    const std::string failsafe = m_session.failsafeFile();
+    const std::string before = printedText(findDescription(m_ends.from, failsafe, storeReaders()));
+    const std::string indexText = read00IndexFile(m_ends.from);
+    if (!carryEntry(m_ends.from.targetFileFullPathname, m_ends.to.targetFileFullPathname))
+        return kFailed;
+    carryExportedFile();
+    carryIndexEntry(indexText);
+    carryFailsafeRecords();
+    makeSureItArrived(before);
+    return m_failed ? kFailed : kDone;
+}
+
+}  // namespace
+
+int runTransfer(Session& session, const Transfer& transfer) {
+    return Transferring(session, transfer).run();
+}
