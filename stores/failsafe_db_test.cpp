@@ -108,4 +108,41 @@ TEST_F(FailsafeDBTest, FailuresShowTheirMessageAndKeepTheOldDatabase) {
     }
 }
 
+// The batch reads answer for every key what the reader answers: records nested in a
+// record of their own key, a record without its end line, a begin line that ends the
+// file, a marker line in Windows-1252 and keys outside the scanned folder.
+TEST_F(FailsafeDBTest, OffsetReadsAgreeWithTheReaderForEveryKey) {
+    writeDb(record("/D/A", "a1\r\n" + beginLine("/D/A") + "a2\r\n") + "stray line\r\n" +
+            record("/D/B", "") + record("/D/A", "a3\r\n") + record("/E/X", "x\r\n") +
+            "Veskor failsafe DB 1.7 BEGIN /D/CAF\xC9\r\ncafe\r\n" + record("/D/B", "b\r\n") +
+            beginLine("/D/OPEN") + "o1\r\n" + record("/D/LATE", "late\r\n") + beginLine("/D/LAST"));
+    const FailsafeOffsets offsets = scanFailsafeDB(db_, "/d/");
+    for (const std::string key :
+         {"/d/a", "/d/b", "/d/caf\xC3\xA9", "/d/open", "/d/late", "/d/last", "/d/none"}) {
+        SCOPED_TRACE(key);
+        EXPECT_EQ(readFailsafeDBAt(db_, offsets, key), readFailsafeDB(db_, key));
+    }
+    EXPECT_EQ(readFailsafeDBAt(db_, offsets, "/d/a"), "a1\r\n" + beginLine("/D/A") + "a2\r\na3\r\n");
+    EXPECT_EQ(readFailsafeDBAt(db_, offsets, "/e/x"), std::nullopt) << "outside the folder";
+}
+
+// A move re-keys the entry and everything under it in place, drops what was already
+// keyed at the destination and leaves look-alike keys ("/D/AB") alone; a copy keeps
+// each original and puts its copy after it.
+TEST_F(FailsafeDBTest, MovedOrCopiedRecordsTakeTheNewKeys) {
+    const std::string others = record("/D/AB", "ab\r\n") + record("/E", "e\r\n");
+    writeDb(record("/D/A", "folder\r\n") + record("/D/B", "stale\r\n") + others +
+            record("/D/A/X", "x\r\n") + record("/D/B/Y", "stale\r\n"));
+    const std::string old = db();
+    ASSERT_EQ(moveFailsafeRecords(db_, "/d/b", "/d/b", false, prompter_), WriteResult::Ok);
+    EXPECT_EQ(db(), old) << "the same key";
+    ASSERT_EQ(moveFailsafeRecords(db_, "/d/a", "/d/b", true, prompter_), WriteResult::Ok);
+    EXPECT_EQ(db(), record("/D/A", "folder\r\n") + record("/D/B", "folder\r\n") + others +
+                        record("/D/A/X", "x\r\n") + record("/D/B/X", "x\r\n"));
+    writeDb(old);
+    ASSERT_EQ(moveFailsafeRecords(db_, "/d/a", "/d/b", false, prompter_), WriteResult::Ok);
+    EXPECT_EQ(db(), record("/D/B", "folder\r\n") + others + record("/D/B/X", "x\r\n"));
+    EXPECT_TRUE(prompter_.shown.empty());
+}
+
 }  // namespace

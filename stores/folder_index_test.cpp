@@ -8,6 +8,7 @@
 #include <tuple>
 #include <vector>
 
+#include "platform/code_page.h"
 #include "tests/scripted_prompter.h"
 #include "tests/temp_dir.h"
 
@@ -131,6 +132,36 @@ TEST(FolderIndexTest, AReadOnlyIndexStaysAsItWasAndDeletingTheLastEntryDeletesTh
     EXPECT_FALSE(std::filesystem::exists(folder.dir / "00_index.txt"));
     EXPECT_EQ(folder.save("a.txt", "", 1), WriteResult::Ok) << "no index at all";
     EXPECT_EQ(folder.prompter.shown.size(), 1u);
+}
+
+// The one-pass read of a whole index gives each name what the reader gives it, also
+// where entries of one name follow each other in both forms, where a quoted head
+// ends the file and where names differ only in letter case.
+TEST(FolderIndexTest, ReadingAllEntriesAtOnceAgreesWithTheReaderForEveryName) {
+    const std::vector<std::string> names = {"a.txt", "A.TXT", "b.txt", "My File.txt",
+                                            "\"q\"", "c\xC3\xA9.txt", "gone.txt"};
+    const std::vector<std::string> indexes = {
+        "a.txt        one\r\n" + blanks("two") + "\r\nb.txt        bee\r\n",
+        "\"a.txt\"\r\n" + blanks("quoted") + "\r\na.txt        short\r\na.txt        again\r\n",
+        "a.txt        short\r\n\"a.txt\"\r\n" + blanks("skipped") + "\r\n\"a.txt\"\r\n" +
+            blanks("read") + "\r\n",
+        "\"My File.txt\"\r\n" + blanks("x") + "\r\n\"\"q\"\"\r\n\"q\"          short\r\n",
+        blanks("orphan") + "\r\nc\xE9.txt      1252\r\n\r\nb.txt\r\n\"b.txt\"",
+        "\"a.txt\"\r\n\"a.txt\"\r\na.txt\r\n" + blanks("x") + "\r\nb.txt x\r\n",
+        "\"a.txt\"\r\n" + blanks("x") + "\r\n\"a.txt\"\r\n" + blanks("not read") + "\r\n",
+    };
+    TempDir dir;
+    for (const std::string& index : indexes) {
+        SCOPED_TRACE(index);
+        writeFileBytes(dir / "00_index.txt", index);
+        const IndexEntries entries = read00IndexEntries(dir / "00_index.txt");
+        for (const std::string& name : names) {
+            SCOPED_TRACE(name);
+            auto entry = entries.find(upperCase(name));
+            EXPECT_EQ(entry == entries.end() ? "" : entry->second,
+                      read00IndexFile({dir / name, name, dir.path(), dir / "00_index.txt"}));
+        }
+    }
 }
 
 }  // namespace
