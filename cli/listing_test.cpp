@@ -1,0 +1,96 @@
+// ls, find and export read in batch what `get` reads one entry at a time.
+#include "cli/listing.h"
+
+#include <unistd.h>
+
+#include "cli/json_lines.h"
+#include "platform/code_page.h"
+#include "platform/xattr.h"
+#include "tests/cli_fixture.h"
+
+namespace {
+
+class ListingTest : public CliFixture {
+protected:
+    // One entry described in each store, in a folder with an undescribed file, a
+    // described folder holding a described file, and a link to that folder.
+    void describeOneEntryPerStore() {
+        for (const char* name : {"B.txt", "exported.txt", "old.txt", "summary.txt",
+                                 "indexed.txt", "failsafe.txt", "Sub/deep.txt"})
+            docs_.write(name, "x");
+        describe(docs_ / "Sub", "The sub folder");
+        describe(docs_ / "Sub/deep.txt", "Deep, with a NEEDLE");
+        describe(docs_ / "summary.txt", "In the summary\r\n");
+        docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
+        ASSERT_EQ(replaceStream(docs_ / "old.txt", "description", "Old\r\nstream"),
+                  StreamStatus::Ok);
+        writeFileBytes(docs_ / "00_index.txt", readFileBytes(docs_ / "00_index.txt") +
+                                                   "indexed.txt  Indexed\r\n             "
+                                                   "second\r\n");
+        const std::string key = upperCase(docs_ / "failsafe.txt");
+        writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) +
+                                           "Veskor failsafe DB 1.7 BEGIN " + key +
+                                           "\r\nneedle in the failsafe\r\n"
+                                           "Veskor failsafe DB 1.7 END " +
+                                           key + "\r\n");
+        ASSERT_EQ(::symlink((docs_ / "Sub").c_str(), (docs_ / "link").c_str()), 0);
+    }
+};
+
+TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
+    describeOneEntryPerStore();
+    ASSERT_EQ(run({"ls", docs_.path()}), 0) << err_.str();
+    EXPECT_EQ(out_.str(),
+              "Sub\tThe sub folder\n"
+              "exported.txt\tFrom the exported\n"
+              "failsafe.txt\tneedle in the failsafe\n"
+              "indexed.txt\tIndexed\n"
+              "link\tThe sub folder\n"
+              "old.txt\tOld\n"
+              "summary.txt\tIn the summary\n");
+
+    ASSERT_EQ(run({"ls", "-a", "--json", docs_.path()}), 0) << err_.str();
+    std::istringstream lines(out_.str());
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+        auto entry = parseJsonLine(line);
+        ASSERT_TRUE(entry) << line;
+        SCOPED_TRACE(entry->path);
+        const bool described = !entry->description.empty();
+        EXPECT_EQ(get(entry->path), described ? entry->description + "\n" : "(none)");
+        EXPECT_EQ("Loaded from " + entry->source + "\n",
+                  described ? err_.str() : "Loaded from \n");
+    }
+    EXPECT_EQ(count, 9) << "every entry but the exported file";
+
+    // The link to the folder is not followed, so its file is found once.
+    const std::tuple<const char*, std::string, int, std::string> finds[] = {
+        {"letter case ignored", "needle", 0,
+         docs_ / "failsafe.txt\n" + docs_ / "Sub/deep.txt\n"},
+        {"line breaks are LF", "old\nstream", 0, docs_ / "old.txt\n"},
+        {"no match", "haystack", 3, ""},
+    };
+    for (const auto& [name, text, exitCode, found] : finds) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(run({"find", text, docs_.path()}), exitCode);
+        EXPECT_EQ(out_.str(), found);
+    }
+    ASSERT_EQ(run({"export", docs_.path()}), 0);
+    const std::string exported = out_.str();
+    EXPECT_EQ(std::count(exported.begin(), exported.end(), '\n'), 8) << exported;
+}
+
+// The progress line goes to a terminal only, and is wiped before the call ends.
+TEST_F(ListingTest, ProgressShowsOnATerminalOnly) {
+    describe(docs_.write("a.txt", "x"), "needle");
+    for (bool terminal : {false, true}) {
+        SCOPED_TRACE(terminal ? "terminal" : "pipe");
+        ASSERT_EQ(run({"find", "needle", docs_.path()}, "", terminal), 0);
+        EXPECT_EQ(out_.str(), docs_ / "a.txt\n");
+        const std::string err = err_.str();
+        EXPECT_EQ(err.find("\rveskor-cli: searched 1...") != std::string::npos, terminal) << err;
+        EXPECT_TRUE(err.empty() || err.ends_with("\r")) << err;
+    }
+}
+
+}  // namespace
