@@ -1,0 +1,126 @@
+// mv and cp carry the description in every store: afterwards `get DST` prints what
+// `get SRC` printed before, and nothing of the source is left behind by a move.
+#include "cli/transfer.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "platform/code_page.h"
+#include "platform/xattr.h"
+#include "stores/failsafe_db.h"
+#include "stores/ntfs_streams.h"
+#include "tests/cli_fixture.h"
+
+namespace {
+
+class TransferTest : public CliFixture {
+protected:
+    bool hasRecord(const std::string& path) const {
+        return readFailsafeDB(failsafeFile(), path).has_value();
+    }
+    // The files that hold many entries, to check that a refused call changes none.
+    std::string sharedFiles() const {
+        return readFileBytes(failsafeFile()) + readFileBytes(docs_ / "00_index.txt");
+    }
+};
+
+// The moved file's index entry is the last line of its index, which pruning keeps:
+// only the move itself can take it out.
+TEST_F(TransferTest, AMoveCarriesEveryStoreAndLeavesNothingBehind) {
+    const std::string plan = docs_.write("plan.txt", "x"), moved = docs_.mkdir("sub") + "/moved.txt";
+    docs_.write("Album/p.jpg", "x");
+    ASSERT_EQ(run({"set", "--export", plan, "Plan\nsecond"}), 0);
+    describe(docs_.write("other.txt", "x"), "Other");
+    describe(docs_ / "Album/p.jpg", "A photo");
+    const std::string before = get(plan);
+    ASSERT_EQ(run({"mv", plan, moved}), 0) << err_.str();
+    EXPECT_EQ(get(moved), before);
+    EXPECT_EQ(readFileBytes(docs_ / "00_index.txt"), "other.txt    Other\r\n");
+    EXPECT_EQ(readFileBytes(docs_ / "sub/00_index.txt"),
+              "moved.txt    Plan\r\n             second\r\n");
+    EXPECT_FALSE(std::filesystem::exists(plan + ".description"));
+    EXPECT_EQ(readFileBytes(moved + ".description"), "Plan\r\nsecond\r\n");
+    EXPECT_FALSE(hasRecord(plan));
+    EXPECT_EQ(readFailsafeDB(failsafeFile(), moved), "Plan\r\nsecond\r\n");
+
+    // A folder's records move with it, every one under it included.
+    ASSERT_EQ(run({"mv", docs_ / "Album", docs_ / "Pictures"}), 0) << err_.str();
+    EXPECT_FALSE(hasRecord(docs_ / "Album/p.jpg"));
+    EXPECT_EQ(readFailsafeDB(failsafeFile(), docs_ / "Pictures/p.jpg"), "A photo\r\n");
+
+    const std::string shared = sharedFiles();
+    docs_.write("taken.txt.description", "someone else's\r\n");
+    for (const auto& [source, destination] : {std::pair{"other.txt", "Pictures"},
+                                              {"other.txt", "taken.txt"},
+                                              {"Pictures", "Pictures/inner"},
+                                              {"gone.txt", "new.txt"}}) {
+        SCOPED_TRACE(std::string(source) + " to " + destination);
+        EXPECT_EQ(run({"mv", docs_ / source, docs_ / destination}), 2);
+        EXPECT_EQ(sharedFiles(), shared);
+    }
+    EXPECT_EQ(get(docs_ / "other.txt"), "Other\n");
+}
+
+TEST_F(TransferTest, ACopyKeepsTheSourceAndGivesEveryCopiedEntryItsDescription) {
+    docs_.write("Album/p.jpg", "x");
+    describe(docs_ / "Album", "The album");
+    describe(docs_ / "Album/p.jpg", "A photo");
+    ASSERT_EQ(::chmod((docs_ / "Album/p.jpg").c_str(), 0640), 0);
+    EXPECT_EQ(run({"cp", docs_ / "Album", docs_ / "Copy"}), 2) << "a folder needs -r";
+    ASSERT_EQ(run({"cp", "-r", docs_ / "Album", docs_ / "Copy"}), 0) << err_.str();
+    for (const char* folder : {"Album", "Copy"}) {
+        SCOPED_TRACE(folder);
+        EXPECT_EQ(get(docs_ / folder), "The album\n");
+        EXPECT_EQ(get(docs_ / folder + "/p.jpg"), "A photo\n");
+        EXPECT_EQ(readFailsafeDB(failsafeFile(), docs_ / folder + "/p.jpg"), "A photo\r\n");
+        EXPECT_EQ(std::filesystem::status(docs_ / folder + "/p.jpg").permissions(),
+                  std::filesystem::perms(0640));
+    }
+}
+
+// A folder on another file system, removed with everything in it.
+class OtherFileSystem {
+public:
+    explicit OtherFileSystem(const std::string& base) {
+        std::string pattern = base + "/veskor-test-XXXXXX";
+        if (::mkdtemp(pattern.data()))
+            path = pattern + "/";
+    }
+    ~OtherFileSystem() {
+        std::error_code ec;
+        if (!path.empty())
+            std::filesystem::remove_all(path, ec);
+    }
+    std::string path;
+};
+
+dev_t deviceOf(const std::string& path) {
+    struct stat st {};
+    return ::stat(path.c_str(), &st) == 0 ? st.st_dev : 0;
+}
+
+// The rename that works within a file system fails across two: the entry must arrive
+// with its extended attributes (the summary stream), mode and times.
+TEST_F(TransferTest, AMoveToAnotherFileSystemKeepsTheDescriptionInTheFileItself) {
+    OtherFileSystem shm("/dev/shm");
+    if (shm.path.empty() || deviceOf(shm.path) == deviceOf(docs_.path()))
+        GTEST_SKIP() << "no second file system: /dev/shm is missing or on the test folder's";
+    const std::string source = shm.path + "plan.txt", destination = docs_ / "plan.txt";
+    writeFileBytes(source, "content");
+    if (replaceStream(source, "probe", "") != StreamStatus::Ok)
+        GTEST_SKIP() << "/dev/shm keeps no user extended attributes on this kernel";
+    describe(source, "Kept across\nfile systems");
+    ASSERT_EQ(::chmod(source.c_str(), 0604), 0);
+    const auto mtime = std::filesystem::last_write_time(source);
+    ASSERT_EQ(run({"mv", source, destination}), 0) << err_.str();
+    EXPECT_FALSE(std::filesystem::exists(source));
+    EXPECT_EQ(readNTFSDesc(destination), "Kept across\r\nfile systems");
+    EXPECT_EQ(get(destination), "Kept across\nfile systems\n");
+    EXPECT_EQ(err_.str(), "Loaded from NTFS\n");
+    EXPECT_EQ(std::filesystem::status(destination).permissions(), std::filesystem::perms(0604));
+    EXPECT_EQ(std::filesystem::last_write_time(destination), mtime);
+}
+
+}  // namespace
