@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "stores/ntfs_streams.h"
 #include "tests/cli_fixture.h"
 
 namespace {
@@ -56,6 +57,7 @@ TEST_F(ImportTest, AnExportAWipeAndAnImportGiveBackTheSameDescriptions) {
     EXPECT_EQ(run({"import"}, exported), 0) << out_.str() << err_.str();
     EXPECT_EQ(out_.str(), "stored 5, skipped 0\n");
     EXPECT_EQ(everyDescription(), before);
+    EXPECT_EQ(readNTFSDesc(docs_ / "Sub/c.txt"), "Ends in a break\r\n") << "the text itself";
 }
 
 // A line that cannot be stored (a missing entry, a line that is not a description)
