@@ -4,6 +4,7 @@
 #include <locale.h>
 #include <wctype.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -165,8 +166,15 @@ std::string_view charactersFrom(std::string_view utf8, std::size_t start) {
 }
 
 std::string upperCase(std::string_view utf8) {
-    std::string out;
-    out.reserve(utf8.size());
+    std::string out(utf8);
+    // Most paths and texts are ASCII, and listings upper-case one per entry.
+    if (std::all_of(utf8.begin(), utf8.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        for (char& c : out)
+            c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+        return out;
+    }
+    out.clear();
     forEachCharacter(utf8, [&](std::string_view sequence, std::optional<char32_t> code) {
         if (!code) {
             out += sequence;

@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -75,4 +76,42 @@ std::error_code createFolders(const std::string& path, unsigned mode) {
 bool isReadOnlyFile(const std::string& path) {
     struct stat st {};
     return ::stat(path.c_str(), &st) == 0 && (st.st_mode & S_IWUSR) == 0;
+}
+
+CurrentFolder::CurrentFolder() : m_saved(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+
+CurrentFolder::~CurrentFolder() {
+    if (m_saved < 0)
+        return;
+    [[maybe_unused]] int restored = ::fchdir(m_saved);
+    ::close(m_saved);
+}
+
+bool CurrentFolder::enter(const std::string& folder) {
+    // Without a way back, the process's current folder is never changed.
+    return m_saved >= 0 && ::chdir(folder.c_str()) == 0;
+}
+
+std::error_code readFolder(const std::string& folder, std::vector<FolderItem>& items) {
+    items.clear();
+    DIR* dir = ::opendir(folder.c_str());
+    if (!dir)
+        return lastError();
+    errno = 0;
+    while (const dirent* entry = ::readdir(dir)) {
+        std::string_view name = entry->d_name;
+        if (name == "." || name == "..")
+            continue;
+        bool isFolder = entry->d_type == DT_DIR;
+        // Some file systems do not say what an entry is; ask then, without following links.
+        if (entry->d_type == DT_UNKNOWN) {
+            struct stat st {};
+            isFolder = ::fstatat(::dirfd(dir), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 &&
+                       S_ISDIR(st.st_mode);
+        }
+        items.push_back({std::string(name), isFolder});
+    }
+    std::error_code ec = errno ? lastError() : std::error_code();
+    ::closedir(dir);
+    return ec;
 }

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 // Whole-file operations on the host's file system. Every call reports what went
 // wrong instead of throwing.
@@ -26,3 +27,29 @@
 // permission bits, so the stores ask this before they replace a file, to fail as
 // any other user would.
 [[nodiscard]] bool isReadOnlyFile(const std::string& path);
+
+// Makes a folder the process's current folder for the object's lifetime, so that many
+// calls on the entries of one folder pass short relative names and the kernel does not
+// walk the whole path each time. The folder that was current comes back afterwards.
+class CurrentFolder {
+public:
+    CurrentFolder();
+    ~CurrentFolder();
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+    // False (and nothing changed) when the folder cannot be entered.
+    [[nodiscard]] bool enter(const std::string& folder);
+
+private:
+    int m_saved = -1;
+};
+
+// One entry of a folder, as the folder lists it: a folder is a real folder, not a link.
+struct FolderItem {
+    std::string name;
+    bool isFolder = false;
+};
+
+// The entries of a folder, "." and ".." left out, in the order the folder keeps them.
+[[nodiscard]] std::error_code readFolder(const std::string& folder, std::vector<FolderItem>& items);

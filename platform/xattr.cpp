@@ -6,6 +6,16 @@
 
 namespace {
 
+// Most values and lists fit a first read of this size, which then needs no question
+// about the size first: listings read the attributes of many entries. The kernel
+// sets aside as much as the buffer offers, so it stays small.
+constexpr std::size_t kFirstRead = 4096;
+
+char* scratchBuffer() {
+    thread_local char buffer[kFirstRead];
+    return buffer;
+}
+
 std::string attributeName(std::string_view name) {
     return "user." + std::string(name);
 }
@@ -27,15 +37,22 @@ StreamStatus statusOf(int err) {
 }  // namespace
 
 StreamStatus readStream(const std::string& path, std::string_view name, std::string& bytes) {
-    bytes.clear();
     const std::string attr = attributeName(name);
+    bytes.clear();
+    ssize_t got = ::getxattr(path.c_str(), attr.c_str(), scratchBuffer(), kFirstRead);
+    if (got >= 0) {
+        bytes.assign(scratchBuffer(), static_cast<std::size_t>(got));
+        return StreamStatus::Ok;
+    }
+    if (errno != ERANGE)
+        return statusOf(errno);
     // The value may grow between asking its size and reading it; ask again then.
     for (int attempt = 0; attempt < 4; ++attempt) {
         ssize_t size = ::getxattr(path.c_str(), attr.c_str(), nullptr, 0);
         if (size < 0)
             return statusOf(errno);
         bytes.resize(static_cast<std::size_t>(size));
-        ssize_t got = ::getxattr(path.c_str(), attr.c_str(), bytes.data(), bytes.size());
+        got = ::getxattr(path.c_str(), attr.c_str(), bytes.data(), bytes.size());
         if (got >= 0) {
             bytes.resize(static_cast<std::size_t>(got));
             return StreamStatus::Ok;
@@ -63,20 +80,22 @@ StreamStatus replaceStream(const std::string& path, std::string_view name, std::
 StreamStatus listStreams(const std::string& path, std::string& names) {
     names.clear();
     std::string all;
+    ssize_t got = ::listxattr(path.c_str(), scratchBuffer(), kFirstRead);
+    if (got >= 0)
+        all.assign(scratchBuffer(), static_cast<std::size_t>(got));
     // The list may grow between asking its size and reading it; ask again then.
-    for (int attempt = 0; attempt < 4; ++attempt) {
+    for (int attempt = 0; got < 0 && errno == ERANGE && attempt < 4; ++attempt) {
         ssize_t size = ::listxattr(path.c_str(), nullptr, 0);
         if (size < 0)
-            return statusOf(errno);
-        all.resize(static_cast<std::size_t>(size));
-        ssize_t got = size == 0 ? 0 : ::listxattr(path.c_str(), all.data(), all.size());
-        if (got >= 0) {
-            all.resize(static_cast<std::size_t>(got));
             break;
-        }
-        if (errno != ERANGE)
-            return statusOf(errno);
+        all.resize(static_cast<std::size_t>(size));
+        got = size == 0 ? 0 : ::listxattr(path.c_str(), all.data(), all.size());
     }
+    if (got < 0) {
+        StreamStatus status = statusOf(errno);
+        return status == StreamStatus::Ok ? StreamStatus::Failed : status;
+    }
+    all.resize(static_cast<std::size_t>(got));  // no change after the first read
     constexpr std::string_view kUser = "user.";
     for (std::size_t start = 0; start < all.size();) {
         std::size_t end = all.find('\0', start);
