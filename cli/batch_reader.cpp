@@ -8,10 +8,23 @@
 BatchReader::BatchReader(const std::string& failsafeDBfile, const std::string& top)
     : m_failsafeDBfile(failsafeDBfile), m_failsafe(scanFailsafeDB(failsafeDBfile, top)) {}
 
-void BatchReader::readIndex(const std::string& folder) {
-    const std::string indexFile = folder + "00_index.txt";
+void BatchReader::enterFolder(const std::string& folder,
+                              const std::vector<std::string>& folderNames) {
+    m_folder = folder;
+    m_indexRead = false;
+    m_exportedFiles.clear();
+    for (const std::string& name : folderNames) {
+        if (name.ends_with(kExportedSuffix))
+            m_exportedFiles.insert(name);
+    }
+    m_streams.enterFolder(folder);
+}
+
+void BatchReader::readIndex() {
+    const std::string indexFile = m_folder + "00_index.txt";
     m_hasIndex = fileExists(indexFile);
     m_index = m_hasIndex ? read00IndexEntries(indexFile) : IndexEntries();
+    m_indexRead = true;
 }
 
 std::string BatchReader::exportedDesc(const TargetPaths& target) {
@@ -29,6 +42,8 @@ std::string BatchReader::summaryDesc(const TargetPaths& target) {
 }
 
 std::optional<std::string> BatchReader::indexDesc(const TargetPaths& target) {
+    if (!m_indexRead)
+        readIndex();
     if (!m_hasIndex)
         return std::nullopt;
     auto entry = m_index.find(upperCase(target.targetFile));
@@ -40,10 +55,22 @@ std::optional<std::string> BatchReader::failsafeDesc(const std::string& /*failsa
     return readFailsafeDBAt(m_failsafeDBfile, m_failsafe, target.targetFileFullPathname);
 }
 
+void BatchReader::ListedStreams::enterFolder(const std::string& folder) {
+    m_folder = m_current.enter(folder) ? folder : "";
+    m_path.clear();
+}
+
+const char* BatchReader::ListedStreams::shortPath(const std::string& path) const {
+    if (m_folder.empty() || path.size() <= m_folder.size() || !path.starts_with(m_folder) ||
+        path.find('/', m_folder.size()) != std::string::npos)
+        return path.c_str();
+    return path.c_str() + m_folder.size();
+}
+
 StreamStatus BatchReader::ListedStreams::list(const std::string& path) {
     if (path != m_path) {
         m_path = path;
-        m_status = listStreams(path, m_names);
+        m_status = listStreams(shortPath(path), m_names);
     }
     return m_status;
 }
@@ -53,7 +80,7 @@ StreamStatus BatchReader::ListedStreams::read(const std::string& path, std::stri
     bytes.clear();
     if (StreamStatus status = list(path); status != StreamStatus::Ok)
         return status;
-    return exists(path, name) == StreamStatus::Ok ? readStream(path, name, bytes)
+    return exists(path, name) == StreamStatus::Ok ? readStream(shortPath(path), name, bytes)
                                                   : StreamStatus::Missing;
 }
 

@@ -2,8 +2,10 @@
 
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "core/load_sequence.h"
+#include "platform/files.h"
 #include "stores/failsafe_db.h"
 #include "stores/folder_index.h"
 #include "stores/ntfs_streams.h"
@@ -19,16 +21,9 @@ public:
     // `top` is the folder of the call, a full path ending in "/".
     BatchReader(const std::string& failsafeDBfile, const std::string& top);
 
-    // Reads the folder's index; `folderNames` holds the names of the folder's entries.
-    template <typename Names>
-    void enterFolder(const std::string& folder, const Names& folderNames) {
-        m_exportedFiles.clear();
-        for (const std::string& name : folderNames) {
-            if (name.ends_with(kExportedSuffix))
-                m_exportedFiles.insert(name);
-        }
-        readIndex(folder);
-    }
+    // The folder (a full path ending in "/") whose entries come next; `folderNames`
+    // holds the names of its entries. Its index is read when an entry first needs it.
+    void enterFolder(const std::string& folder, const std::vector<std::string>& folderNames);
 
     std::string exportedDesc(const TargetPaths& target) override;
     std::string oldStreamDesc(const TargetPaths& target) override;
@@ -50,18 +45,26 @@ private:
         StreamStatus replace(const std::string& path, std::string_view name,
                              std::string_view bytes) override;
 
+        // Entries of this folder are named relative to it, which is then current.
+        void enterFolder(const std::string& folder);
+
     private:
         StreamStatus list(const std::string& path);
+        const char* shortPath(const std::string& path) const;
 
+        CurrentFolder m_current;
+        std::string m_folder;  // "" when the folder could not be entered
         std::string m_path, m_names;
         StreamStatus m_status = StreamStatus::Missing;
     };
 
-    void readIndex(const std::string& folder);
+    void readIndex();
 
     std::string m_failsafeDBfile;
     FailsafeOffsets m_failsafe;
     std::unordered_set<std::string> m_exportedFiles;
+    std::string m_folder;
+    bool m_indexRead = false;
     bool m_hasIndex = false;
     IndexEntries m_index;
     ListedStreams m_streams;

@@ -1,41 +1,19 @@
 #include "cli/listing.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <vector>
 
 #include "platform/code_page.h"
+#include "platform/files.h"
 
 namespace {
 
 constexpr std::string_view kExportedSuffix = ".DESCRIPTION";
 
-struct Name {
-    std::string name;
-    bool isFolder;
-};
-
 bool isExportedFileName(const std::string& name) {
     return name.size() > kExportedSuffix.size() &&
            upperCase(std::string_view(name).substr(name.size() - kExportedSuffix.size())) ==
                kExportedSuffix;
-}
-
-// The folder's entries, sorted; nullopt when it cannot be read.
-std::optional<std::vector<Name>> readNames(const std::string& folder) {
-    std::error_code ec;
-    std::filesystem::directory_iterator it(folder, ec), end;
-    std::vector<Name> names;
-    for (; !ec && it != end; it.increment(ec)) {
-        std::error_code typeEc;
-        bool isFolder = it->is_directory(typeEc) && !it->is_symlink(typeEc);
-        names.push_back({it->path().filename().string(), isFolder});
-    }
-    if (ec)
-        return std::nullopt;
-    std::sort(names.begin(), names.end(),
-              [](const Name& a, const Name& b) { return a.name < b.name; });
-    return names;
 }
 
 }  // namespace
@@ -45,16 +23,19 @@ Listing::Listing(Session& session, const std::string& top)
 
 bool Listing::listFolder(const std::string& folder,
                          const std::function<void(const ListedEntry&)>& each) {
-    auto names = readNames(folder);
-    if (!names)
+    std::vector<FolderItem> items;
+    if (readFolder(folder, items))
         return false;
-    std::vector<std::string> plain;
-    for (const Name& n : *names)
-        plain.push_back(n.name);
-    m_reader.enterFolder(folder, plain);
+    std::sort(items.begin(), items.end(),
+              [](const FolderItem& a, const FolderItem& b) { return a.name < b.name; });
+    std::vector<std::string> names;
+    names.reserve(items.size());
+    for (const FolderItem& item : items)
+        names.push_back(item.name);
+    m_reader.enterFolder(folder, names);
     const std::string failsafe = m_session.failsafeFile();
     ListedEntry entry;
-    for (const Name& n : *names) {
+    for (const FolderItem& n : items) {
         entry.path = folder + n.name;
         // Another entry's exported file: opening it would open that entry.
         if (isExportedFileName(n.name))

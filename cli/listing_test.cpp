@@ -15,8 +15,8 @@ protected:
     // One entry described in each store, in a folder with an undescribed file, a
     // described folder holding a described file, and a link to that folder.
     void describeOneEntryPerStore() {
-        for (const char* name : {"B.txt", "exported.txt", "old.txt", "summary.txt",
-                                 "indexed.txt", "failsafe.txt", "Sub/deep.txt"})
+        for (const char* name : {"B.txt", "exported.txt", "old.txt", "summary.txt", "indexed.txt",
+                                 "failsafe.txt", "Sub/deep.txt"})
             docs_.write(name, "x");
         describe(docs_ / "Sub", "The sub folder");
         describe(docs_ / "Sub/deep.txt", "Deep, with a NEEDLE");
@@ -58,15 +58,13 @@ TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
         SCOPED_TRACE(entry->path);
         const bool described = !entry->description.empty();
         EXPECT_EQ(get(entry->path), described ? entry->description + "\n" : "(none)");
-        EXPECT_EQ("Loaded from " + entry->source + "\n",
-                  described ? err_.str() : "Loaded from \n");
+        EXPECT_EQ("Loaded from " + entry->source + "\n", described ? err_.str() : "Loaded from \n");
     }
     EXPECT_EQ(count, 9) << "every entry but the exported file";
 
     // The link to the folder is not followed, so its file is found once.
     const std::tuple<const char*, std::string, int, std::string> finds[] = {
-        {"letter case ignored", "needle", 0,
-         docs_ / "failsafe.txt\n" + docs_ / "Sub/deep.txt\n"},
+        {"letter case ignored", "needle", 0, docs_ / "failsafe.txt\n" + docs_ / "Sub/deep.txt\n"},
         {"line breaks are LF", "old\nstream", 0, docs_ / "old.txt\n"},
         {"no match", "haystack", 3, ""},
     };

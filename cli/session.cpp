@@ -63,13 +63,13 @@ std::optional<std::string> Session::openFolder(const std::string& path) {
 }
 
 std::optional<TargetPaths> Session::targetPathsOf(const std::string& path) {
-    SharedState scratch;
-    scratch.data = state.data;
+    if (m_scratch.data.failsafeDBpath != state.data.failsafeDBpath)
+        m_scratch.data = state.data;
     SilentPrompter silent;
-    if (acceptTarget(path, scratch, silent) == TargetResult::EndProgram ||
-        scratch.target.targetFileFullPathname != path)
+    if (acceptTarget(path, m_scratch, silent) == TargetResult::EndProgram ||
+        m_scratch.target.targetFileFullPathname != path)
         return std::nullopt;
-    TargetPaths& target = scratch.target;
+    TargetPaths target = m_scratch.target;
     target.indexFilePath = std::string(folderOf(path));
     target.indexFile = target.indexFilePath + "00_index.txt";
     return target;

@@ -48,6 +48,7 @@ public:
 
 private:
     std::string m_appPath;
+    SharedState m_scratch;  // targetPathsOf()'s, kept to spare an allocation per entry
 };
 
 // A prompter that says nothing and answers No: the checks of many entries at once.

@@ -29,7 +29,8 @@ protected:
 // The moved file's index entry is the last line of its index, which pruning keeps:
 // only the move itself can take it out.
 TEST_F(TransferTest, AMoveCarriesEveryStoreAndLeavesNothingBehind) {
-    const std::string plan = docs_.write("plan.txt", "x"), moved = docs_.mkdir("sub") + "/moved.txt";
+    const std::string plan = docs_.write("plan.txt", "x"),
+                      moved = docs_.mkdir("sub") + "/moved.txt";
     docs_.write("Album/p.jpg", "x");
     ASSERT_EQ(run({"set", "--export", plan, "Plan\nsecond"}), 0);
     describe(docs_.write("other.txt", "x"), "Other");

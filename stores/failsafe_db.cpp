@@ -142,14 +142,19 @@ constexpr std::string_view kBeginPrefix = "Veskor failsafe DB 1.7 BEGIN ";
 constexpr std::string_view kEndPrefix = "Veskor failsafe DB 1.7 END ";
 
 // The key of a begin or end line, as the reader would compare it; nullopt for any
-// other line.
-std::optional<std::string> markerKey(std::string_view line, std::string_view prefix) {
+// other line. A line in another code page is decoded into `decoded`, which the key
+// may then point into.
+std::optional<std::string_view> markerKey(std::string_view line, std::string_view prefix,
+                                          std::string& decoded) {
     if (!line.starts_with(kMarkerPrefix))
         return std::nullopt;
-    std::string text = isAscii(line) ? std::string(line) : decodeFileText(line);
-    if (!std::string_view(text).starts_with(prefix))
+    if (!isAscii(line)) {
+        decoded = decodeFileText(line);
+        line = decoded;
+    }
+    if (!line.starts_with(prefix))
         return std::nullopt;
-    return text.substr(prefix.size());
+    return line.substr(prefix.size());
 }
 
 // A key of `folderKey` itself or of something under it.
@@ -185,10 +190,13 @@ struct RecordMove {
 std::error_code copyMovingRecords(const std::string& file, const RecordMove& move,
                                   AtomicFile& out) {
     LineReader reader(file);
-    std::string line;
+    std::string line, decoded;
     std::vector<std::string> record;
     while (reader.next(line)) {
-        auto key = markerKey(line, kBeginPrefix);
+        auto found = markerKey(line, kBeginPrefix, decoded);
+        std::optional<std::string> key;
+        if (found)
+            key = std::string(*found);
         if (!key || reader.atEnd() ||
             (!isAtOrUnder(*key, move.fromKey) && !isAtOrUnder(*key, move.toKey))) {
             out.writeLine(line);
@@ -234,16 +242,20 @@ FailsafeOffsets scanFailsafeDB(const std::string& failsafeDBfile, const std::str
     // Keys whose record is still open: a begin line of the same key inside it is text.
     std::unordered_set<std::size_t> open;
     LineReader reader(failsafeDBfile);
-    std::string line;
+    std::string line, decoded;
     while (reader.next(line)) {
-        if (auto key = markerKey(line, kBeginPrefix)) {
-            std::size_t hash = std::hash<std::string>{}(*key);
-            if (key->starts_with(folderKey) && !open.contains(hash) && !reader.atEnd()) {
+        if (auto key = markerKey(line, kBeginPrefix, decoded)) {
+            if (!key->starts_with(folderKey))
+                continue;
+            std::size_t hash = std::hash<std::string_view>{}(*key);
+            if (!open.contains(hash) && !reader.atEnd()) {
                 offsets.byKeyHash.emplace(hash, reader.lineOffset());
                 open.insert(hash);
             }
-        } else if (auto endKey = markerKey(line, kEndPrefix)) {
-            open.erase(std::hash<std::string>{}(*endKey));
+        } else if (open.empty()) {
+            continue;
+        } else if (auto endKey = markerKey(line, kEndPrefix, decoded)) {
+            open.erase(std::hash<std::string_view>{}(*endKey));
         }
     }
     if (reader.error())
@@ -255,7 +267,7 @@ std::optional<std::string> readFailsafeDBAt(const std::string& failsafeDBfile,
                                             const FailsafeOffsets& offsets,
                                             const std::string& targetFileFullPathname) {
     RecordMarkers markers(targetFileFullPathname);
-    auto [first, last] = offsets.byKeyHash.equal_range(std::hash<std::string>{}(markers.key));
+    auto [first, last] = offsets.byKeyHash.equal_range(std::hash<std::string_view>{}(markers.key));
     std::vector<std::uint64_t> starts;
     for (auto it = first; it != last; ++it)
         starts.push_back(it->second);

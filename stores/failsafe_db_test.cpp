@@ -122,7 +122,8 @@ TEST_F(FailsafeDBTest, OffsetReadsAgreeWithTheReaderForEveryKey) {
         SCOPED_TRACE(key);
         EXPECT_EQ(readFailsafeDBAt(db_, offsets, key), readFailsafeDB(db_, key));
     }
-    EXPECT_EQ(readFailsafeDBAt(db_, offsets, "/d/a"), "a1\r\n" + beginLine("/D/A") + "a2\r\na3\r\n");
+    EXPECT_EQ(readFailsafeDBAt(db_, offsets, "/d/a"),
+              "a1\r\n" + beginLine("/D/A") + "a2\r\na3\r\n");
     EXPECT_EQ(readFailsafeDBAt(db_, offsets, "/e/x"), std::nullopt) << "outside the folder";
 }
 

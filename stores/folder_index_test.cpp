@@ -138,7 +138,7 @@ TEST(FolderIndexTest, AReadOnlyIndexStaysAsItWasAndDeletingTheLastEntryDeletesTh
 // where entries of one name follow each other in both forms, where a quoted head
 // ends the file and where names differ only in letter case.
 TEST(FolderIndexTest, ReadingAllEntriesAtOnceAgreesWithTheReaderForEveryName) {
-    const std::vector<std::string> names = {"a.txt", "A.TXT", "b.txt", "My File.txt",
+    const std::vector<std::string> names = {"a.txt", "A.TXT",         "b.txt",   "My File.txt",
                                             "\"q\"", "c\xC3\xA9.txt", "gone.txt"};
     const std::vector<std::string> indexes = {
         "a.txt        one\r\n" + blanks("two") + "\r\nb.txt        bee\r\n",
