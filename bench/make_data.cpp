@@ -3,6 +3,10 @@
 //       about 200 bytes each; the record at POSITION (0-based) is KEY's
 //   make_data index FOLDER ENTRIES           ENTRIES files f00000.txt... in FOLDER and
 //       a 00_index.txt with a two-line entry for each
+//   make_data files FOLDER COUNT TEMPLATE    COUNT files f00000.txt... in FOLDER, each
+//       described in its summary stream: a copy of TEMPLATE's
+#include <sys/xattr.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -45,6 +49,26 @@ int makeIndex(const std::string& folder, int entries) {
     return std::fclose(index) == 0 ? 0 : 1;
 }
 
+int makeDescribedFiles(const std::string& folder, int count, const char* templateFile) {
+    const char* attribute = "user.\005SummaryInformation";
+    char value[65536];
+    ssize_t size = ::getxattr(templateFile, attribute, value, sizeof value);
+    if (size < 0)
+        return 1;
+    char name[32];
+    for (int i = 0; i < count; ++i) {
+        std::snprintf(name, sizeof name, "/f%05d.txt", i);
+        const std::string path = folder + name;
+        std::FILE* item = std::fopen(path.c_str(), "wb");
+        if (!item)
+            return 1;
+        std::fclose(item);
+        if (::setxattr(path.c_str(), attribute, value, static_cast<std::size_t>(size), 0) != 0)
+            return 1;
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -53,6 +77,10 @@ int main(int argc, char** argv) {
         return makeDb(argv[2], std::atoi(argv[3]), argv[4], std::atoi(argv[5]));
     if (mode == "index" && argc == 4)
         return makeIndex(argv[2], std::atoi(argv[3]));
-    std::fprintf(stderr, "usage: make_data db FILE RECORDS KEY POSITION | index FOLDER ENTRIES\n");
+    if (mode == "files" && argc == 5)
+        return makeDescribedFiles(argv[2], std::atoi(argv[3]), argv[4]);
+    std::fprintf(stderr,
+                 "usage: make_data db FILE RECORDS KEY POSITION | index FOLDER ENTRIES | files "
+                 "FOLDER COUNT TEMPLATE\n");
     return 64;
 }
