@@ -8,16 +8,43 @@
 
 namespace {
 
-constexpr const char* kFooter =
-    R"(Paths: a relative path starts at the current folder. DIR defaults to it.
-Descriptions are printed with LF line breaks. A refused or missing target
-exits 2; when PATH is gone but PATH.description exists, `get` prints its text
-(read only). Messages go to standard error; on a terminal, find, export,
-import and cp -r show a progress line there.
+constexpr const char* kFooter = R"(Each verb has its own help: veskor-cli VERB --help.
+
+  get PATH           the description, ending in one line break; where it was
+                     found goes to standard error ("Loaded from NTFS")
+  set [--export] [--yes] PATH [TEXT]
+                     store TEXT, or standard input without its final line
+                     break, in every store as the editor's Update does, so
+                     `get F | set F` changes nothing; an empty text deletes
+                     the description (with --yes)
+  stores PATH        what every store holds, in the order they are read
+  ls [-a] [--json] [DIR]
+                     NAME<TAB>FIRST LINE for each described entry of DIR, by
+                     name in byte order; -a lists the others too; --json
+                     prints {"path", "description", "source"} per line
+  find [--json] TEXT [DIR]
+                     the full path of every file and folder under DIR whose
+                     description contains TEXT, letter case ignored; links
+                     to folders are not followed
+  mv SRC DST         move as mv does, across file systems too, and carry the
+                     description in every store
+  cp [-r] SRC DST    copy as cp -a does; DST gets SRC's description in
+                     every store
+  export [DIR]       every described entry under DIR as JSON lines (as ls
+                     --json)
+  import [FILE]      store each JSON line's description (standard input by
+                     default) as set --yes does; reports what was stored and
+                     which paths were skipped
+
+DIR defaults to the current folder; relative paths start there. On a
+terminal, find, export, import and cp -r show a progress line on standard
+error. Messages go to standard error.
 
 Exit codes: 0 done; 1 something failed or a question was answered No (the
-rest was still done); 2 refused (missing target, existing destination);
-3 nothing found; 4 the save ended without storing; 64 a wrong call.)";
+rest was still done); 2 refused: a missing or refused target, an existing
+DST (nothing changes); when PATH is gone but PATH.description exists, its
+text is printed, read only; 3 nothing found; 4 the save ended without
+storing; 64 a wrong call.)";
 
 // What the options of all verbs fill in.
 struct Call {
@@ -34,67 +61,46 @@ void addVerbs(CLI::App& app, Call& call) {
         sub->callback([&call, name] { call.verb = name; });
         return sub;
     };
-    CLI::App* get = verb("get",
-                         "Print the description of PATH (a file or folder), ending in one line "
-                         "break; where it was found goes to standard error (\"Loaded from "
-                         "NTFS\"). Exit 3 when there is none.");
-    get->add_option("PATH", call.path)->required();
+    verb("get", "Print the description of PATH; exit 3 when there is none")
+        ->add_option("PATH", call.path)
+        ->required();
 
-    CLI::App* set = verb("set",
-                         "Store TEXT, or standard input without its final line break, as the "
-                         "description of PATH in every store, as the editor's Update does "
-                         "(`get F | set F` changes nothing). An empty text deletes it (with "
-                         "--yes). Exit 1 when a store failed or a question was answered No, 4 "
-                         "when the save ended without storing.");
+    CLI::App* set = verb("set", "Store TEXT (or standard input) as the description of PATH");
     set->add_flag("--export", call.exportBox, "also write PATH.description");
     set->add_flag("--yes", call.yes, "answer Yes to every question (otherwise No)");
     set->add_option("PATH", call.path)->required();
     set->add_option("TEXT", call.text)->each([&call](const std::string&) { call.hasText = true; });
 
-    CLI::App* stores = verb("stores",
-                            "Show what every store holds for PATH, in the order the "
-                            "editor reads them.");
-    stores->add_option("PATH", call.path)->required();
+    verb("stores", "Show what every store holds for PATH")
+        ->add_option("PATH", call.path)
+        ->required();
 
-    CLI::App* ls = verb("ls",
-                        "List the entries of DIR that have a description, by name in byte "
-                        "order: NAME, a tab, the description's first line.");
+    CLI::App* ls = verb("ls", "List the described entries of DIR: NAME<TAB>FIRST LINE");
     ls->add_flag("-a,--all", call.all, "list the entries without a description too");
-    ls->add_flag("--json", call.json,
-                 "one JSON object per line: {\"path\", \"description\", \"source\"}");
+    ls->add_flag("--json", call.json, "one {\"path\", \"description\", \"source\"} per line");
     ls->add_option("DIR", call.folder);
 
     CLI::App* find = verb("find",
-                          "Print the full path of every file and folder under DIR (links to "
-                          "folders are not followed) whose description contains TEXT, "
-                          "ignoring letter case. Exit 3 when none does.");
+                          "Find what under DIR has TEXT in its description; exit 3 "
+                          "when nothing has");
     find->add_flag("--json", call.json, "JSON lines, as ls --json");
     find->add_option("TEXT", call.text)->required();
     find->add_option("DIR", call.folder);
 
-    CLI::App* mv = verb("mv",
-                        "Move SRC to DST as mv does (across file systems too) and carry its "
-                        "description in every store. An existing DST is refused (exit 2).");
-    CLI::App* cp = verb("cp",
-                        "Copy SRC to DST as cp -a does and give DST the same description in "
-                        "every store. An existing DST is refused (exit 2).");
+    CLI::App* mv = verb("mv", "Move SRC to DST with its description; an existing DST exits 2");
+    CLI::App* cp = verb("cp", "Copy SRC to DST with its description; an existing DST exits 2");
     cp->add_flag("-r,-R,--recursive", call.recursive, "copy a folder with everything in it");
     for (CLI::App* sub : {mv, cp}) {
         sub->add_option("SRC", call.path)->required();
         sub->add_option("DST", call.destination)->required();
     }
 
-    CLI::App* exporting = verb("export",
-                               "Write every described entry under DIR as JSON lines (as ls "
-                               "--json) to standard output.");
-    exporting->add_option("DIR", call.folder);
-
-    CLI::App* importing = verb("import",
-                               "Store the description of every JSON line of FILE (standard "
-                               "input by default) through the full save, as set --yes does; "
-                               "report how many were stored and which paths were skipped. "
-                               "Exit 1 when any was skipped.");
-    importing->add_option("FILE", call.path);
+    verb("export", "Write every described entry under DIR as JSON lines")
+        ->add_option("DIR", call.folder);
+    verb("import",
+         "Store the descriptions of JSON lines from FILE or standard input; exit 1 "
+         "when any was skipped")
+        ->add_option("FILE", call.path);
 }
 
 int runVerb(const std::string& appPath, CliStreams streams, const Call& call) {
@@ -127,10 +133,11 @@ int runCli(const std::vector<std::string>& args, const std::string& appPath, Cli
             "Read, write, list, search, move and copy the descriptions of files and "
             "folders.",
             "veskor-cli");
-        app.footer(kFooter);
         app.require_subcommand(1);
         Call call;
         addVerbs(app, call);
+        // After the verbs, which would otherwise inherit it.
+        app.footer(kFooter);
         std::vector<std::string> reversed(args.rbegin(), args.rend());
         if (!reversed.empty() && reversed.back() == "help")
             reversed.back() = "--help";
