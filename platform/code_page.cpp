@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <map>
 
 namespace {
 
@@ -87,18 +88,48 @@ std::string iconvName(unsigned codePage) {
     }
 }
 
+// Opening a conversion loads and sets up its module; listings convert the text of
+// many entries, so each thread keeps the conversions it opened.
+class OpenConversions {
+public:
+    OpenConversions() = default;
+    OpenConversions(const OpenConversions&) = delete;
+    OpenConversions& operator=(const OpenConversions&) = delete;
+    ~OpenConversions() {
+        for (auto& [names, cd] : m_open)
+            ::iconv_close(cd);
+    }
+
+    // A conversion in its initial state; nullopt when iconv does not know the names.
+    std::optional<iconv_t> get(const std::string& from, const std::string& to) {
+        auto it = m_open.find({from, to});
+        if (it == m_open.end()) {
+            iconv_t cd = ::iconv_open(to.c_str(), from.c_str());
+            if (cd == reinterpret_cast<iconv_t>(-1))
+                return std::nullopt;
+            it = m_open.emplace(std::pair{from, to}, cd).first;
+        }
+        ::iconv(it->second, nullptr, nullptr, nullptr, nullptr);
+        return it->second;
+    }
+
+private:
+    std::map<std::pair<std::string, std::string>, iconv_t> m_open;
+};
+
 std::optional<std::string> convert(std::string_view in, const std::string& from,
                                    const std::string& to) {
-    iconv_t cd = ::iconv_open(to.c_str(), from.c_str());
-    if (cd == reinterpret_cast<iconv_t>(-1))
+    thread_local OpenConversions conversions;
+    std::optional<iconv_t> opened = conversions.get(from, to);
+    if (!opened)
         return std::nullopt;
+    iconv_t cd = *opened;
     std::string out(in.size() * 4 + 16, '\0');
     char* src = const_cast<char*>(in.data());
     std::size_t srcLeft = in.size();
     char* dst = out.data();
     std::size_t dstLeft = out.size();
     std::size_t rc = ::iconv(cd, &src, &srcLeft, &dst, &dstLeft);
-    ::iconv_close(cd);
     if (rc == static_cast<std::size_t>(-1) || srcLeft != 0)
         return std::nullopt;
     out.resize(out.size() - dstLeft);
