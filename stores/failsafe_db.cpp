@@ -146,15 +146,18 @@ constexpr std::string_view kEndPrefix = "Veskor failsafe DB 1.7 END ";
 // may then point into.
 std::optional<std::string_view> markerKey(std::string_view line, std::string_view prefix,
                                           std::string& decoded) {
-    if (!line.starts_with(kMarkerPrefix))
-        return std::nullopt;
-    if (!isAscii(line)) {
-        decoded = decodeFileText(line);
-        line = decoded;
-    }
+    // The prefix is ASCII, which decoding leaves as it is and no other byte becomes.
     if (!line.starts_with(prefix))
         return std::nullopt;
-    return line.substr(prefix.size());
+    std::string_view key = line.substr(prefix.size());
+    // A scan of the whole database tests every key: no early exit, so it vectorises.
+    unsigned char bits = 0;
+    for (char c : key)
+        bits |= static_cast<unsigned char>(c);
+    if (bits < 0x80)
+        return key;
+    decoded = decodeFileText(key);
+    return std::string_view(decoded);
 }
 
 // A key of `folderKey` itself or of something under it.
