@@ -5,8 +5,8 @@
 #include "platform/xattr.h"
 #include "stores/exported_desc.h"
 
-BatchReader::BatchReader(const std::string& failsafeDBfile, const std::string& top)
-    : m_failsafeDBfile(failsafeDBfile), m_failsafe(scanFailsafeDB(failsafeDBfile, top)) {}
+BatchReader::BatchReader(std::string failsafeDBfile, std::string top)
+    : m_failsafeDBfile(std::move(failsafeDBfile)), m_top(std::move(top)) {}
 
 void BatchReader::enterFolder(const std::string& folder,
                               const std::vector<std::string>& folderNames) {
@@ -52,7 +52,11 @@ std::optional<std::string> BatchReader::indexDesc(const TargetPaths& target) {
 
 std::optional<std::string> BatchReader::failsafeDesc(const std::string& /*failsafeDBfile*/,
                                                      const TargetPaths& target) {
-    return readFailsafeDBAt(m_failsafeDBfile, m_failsafe, target.targetFileFullPathname);
+    // Entries described elsewhere never need the database: a tree described in its files
+    // is listed without reading it at all.
+    if (!m_failsafe)
+        m_failsafe = scanFailsafeDB(m_failsafeDBfile, m_top);
+    return readFailsafeDBAt(m_failsafeDBfile, *m_failsafe, target.targetFileFullPathname);
 }
 
 void BatchReader::ListedStreams::enterFolder(const std::string& folder) {

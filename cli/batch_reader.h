@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -11,15 +12,16 @@
 #include "stores/ntfs_streams.h"
 
 // The stores read for many entries at once: the failsafe database is scanned once for
-// the whole call (keeping only where each record under the top folder begins), each
-// folder's index once when the folder is entered, and each entry's stream list once.
+// the whole call, when an entry first needs it (keeping only where each record under
+// the top folder begins), each folder's index once, when an entry of the folder first
+// needs it, and each entry's stream list once.
 // Memory holds one folder's index and names, and a hash and an offset per failsafe
 // record under the top folder; it never grows with the number of entries listed.
 // Answers exactly what the stores' own readers answer for each entry.
 class BatchReader : public DescriptionSources {
 public:
     // `top` is the folder of the call, a full path ending in "/".
-    BatchReader(const std::string& failsafeDBfile, const std::string& top);
+    BatchReader(std::string failsafeDBfile, std::string top);
 
     // The folder (a full path ending in "/") whose entries come next; `folderNames`
     // holds the names of its entries. Its index is read when an entry first needs it.
@@ -60,8 +62,8 @@ private:
 
     void readIndex();
 
-    std::string m_failsafeDBfile;
-    FailsafeOffsets m_failsafe;
+    std::string m_failsafeDBfile, m_top;
+    std::optional<FailsafeOffsets> m_failsafe;
     std::unordered_set<std::string> m_exportedFiles;
     std::string m_folder;
     bool m_indexRead = false;
