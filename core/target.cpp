@@ -1,5 +1,7 @@
 #include "core/target.h"
 
+#include <filesystem>
+
 #include "core/paths.h"
 #include "platform/code_page.h"
 #include "platform/environment.h"
@@ -23,6 +25,27 @@ std::string withoutEnclosingQuotes(std::string_view text) {
 
 bool beginsWithIgnoringCase(std::string_view text, std::string_view prefix) {
     return upperCase(text).starts_with(upperCase(prefix));
+}
+
+// The path with links followed as far as it exists; the lexical form when it cannot be
+// resolved.
+std::string resolvedPath(const std::string& path) {
+    std::error_code ec;
+    std::string resolved = std::filesystem::weakly_canonical(path, ec).string();
+    if (ec || resolved.empty())
+        return lexicallyNormal(path);
+    return path.ends_with('/') ? withTrailingSeparator(resolved) : resolved;
+}
+
+// Whether the path lies in the failsafe folder, however either is spelled: with "//",
+// "." or "..", or through a link. The database itself must never become a target, or
+// a save would write a record for it into itself.
+bool insideFailsafeFolder(const std::string& path, const std::string& failsafeDBpath) {
+    if (failsafeDBpath.empty())
+        return false;
+    const std::string folder = withTrailingSeparator(failsafeDBpath);
+    return beginsWithIgnoringCase(lexicallyNormal(path), lexicallyNormal(folder)) ||
+           beginsWithIgnoringCase(resolvedPath(path), resolvedPath(folder));
 }
 
 // The number of bytes that the ".DESCRIPTION" suffix takes at the end of the path, in
@@ -82,7 +105,7 @@ TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompt
                           path);
     if (lastComponent(path).empty())
         return refuse(prompter, "You cannot create descriptions for the root folder.");
-    if (beginsWithIgnoringCase(path, state.data.failsafeDBpath))
+    if (insideFailsafeFolder(path, state.data.failsafeDBpath))
         return refuse(prompter, "Don't do that.");
 
     // Opening an exported description file edits the description of its owner.

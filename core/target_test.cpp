@@ -82,6 +82,37 @@ TEST_F(TargetTest, RefusesTargetsWithoutADescription) {
     }
 }
 
+// The database is refused as a target however the data folder's path is written, and
+// whether the path comes as an argument (normalised) or from the picker (as it is).
+TEST_F(TargetTest, RefusesTheFailsafeFolderHoweverEitherPathIsSpelled) {
+    const std::string folder = state_.data.failsafeDBpath;  // ends in "/"
+    const std::string base =
+        folder.substr(0, folder.size() - std::string("data/failsafe db/").size());
+    ASSERT_EQ(symlink((base + "data").c_str(), (dir_ / "link").c_str()), 0);
+    // name, failsafe folder as start-up found it, target
+    const std::tuple<const char*, std::string, std::string> rows[] = {
+        {"repeated separator in the folder", base + "/data//failsafe db/", folder + "ver1.7.dat"},
+        {"dot-dot in the folder", base + "data/x/../failsafe db/", folder + "ver1.7.dat"},
+        {"dot in the target", folder, base + "data/./failsafe db/ver1.7.dat"},
+        {"folder reached through a link", folder, dir_ / "link/failsafe db/ver1.7.dat"},
+        {"link in the folder", dir_ / "link/failsafe db/", folder + "ver1.7.dat"},
+    };
+    for (const auto& [name, failsafeFolder, target] : rows) {
+        SCOPED_TRACE(name);
+        for (const bool fromPicker : {false, true}) {
+            ScriptedPrompter prompter;
+            SharedState state = state_;
+            state.data.failsafeDBpath = failsafeFolder;
+            EXPECT_EQ(fromPicker ? acceptTarget(target, state, prompter)
+                                 : resolveTarget(target, state, prompter),
+                      TargetResult::EndProgram);
+            EXPECT_EQ(prompter.texts(), std::vector<std::string>{"Don't do that."});
+        }
+    }
+    ASSERT_EQ(acceptTarget(base + "data/failsafe db.txt", state_, prompter_),
+              TargetResult::Accepted);
+}
+
 // The picker's path is taken as it is, not normalised like an argument.
 TEST_F(TargetTest, TakesThePickersPathAndDerivesTheFolderPathsOfAnExistingTarget) {
     ASSERT_EQ(acceptTarget("/docs/./old/../Plan.txt", state_, prompter_), TargetResult::Accepted);
