@@ -122,17 +122,10 @@ bool readSettings(LineReader& reader, Options& options) {
 }
 
 bool writeConfigFile(const std::string& configFile, const Options& options) {
-    AtomicFile out(configFile);
-    if (out.open())
-        return false;
-    out.writeLine(kHeader);
+    std::string text = std::string(kHeader) + "\r\n";
     for (const Setting& setting : kSettings)
-        out.writeLine(std::string(setting.key) + formatValue(options.*setting.field));
-    if (out.commit()) {
-        out.discard();
-        return false;
-    }
-    return true;
+        text += std::string(setting.key) + formatValue(options.*setting.field) + "\r\n";
+    return !replaceFileAtomically(configFile, text);
 }
 
 ConfigResult cannotProcess(Prompter& prompter) {

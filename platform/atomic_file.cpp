@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/files.h"
+#include "platform/folder_lock.h"
 
 namespace {
 
@@ -32,9 +33,7 @@ std::error_code lastError() {
 
 // The rename is only durable once the folder's entry is on disk too.
 void syncParentFolder(const std::string& path) {
-    std::size_t slash = path.rfind('/');
-    std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int fd = ::open(folderOfFile(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd >= 0) {
         ::fsync(fd);
         ::close(fd);
@@ -50,21 +49,38 @@ AtomicFile::~AtomicFile() {
         discard();
 }
 
-// A name of its own for each writer: two programs replacing the same file at once
-// must not write into one temporary file, which the first rename would take away
-// from the other (or hand over half written).
+// The new file takes over what the user set on the old one. Only root may hand a
+// file to another owner; anyone else's new file is theirs, as any rewrite would be.
+std::error_code AtomicFile::keepOldMode() {
+    struct stat old {};
+    if (::stat(m_path.c_str(), &old) != 0)
+        return {};
+    if (::geteuid() == 0 && ::fchown(m_fd, old.st_uid, old.st_gid) != 0)
+        return lastError();
+    if (::fchmod(m_fd, old.st_mode & 07777) != 0)
+        return lastError();
+    return {};
+}
+
+// Writers take turns under the folder's lock, so the one temporary name is this
+// writer's alone; what is there already was left by a killed save and is replaced.
+// Removing it first, rather than truncating it, never writes through a link that
+// someone put in its place.
 std::error_code AtomicFile::open() {
     if (isReadOnlyFile(m_path))
         return std::make_error_code(std::errc::permission_denied);
-    static unsigned sequence = 0;
-    const std::string prefix = m_path + ".tmp" + std::to_string(::getpid()) + "-";
-    do {
-        m_tempPath = prefix + std::to_string(sequence++);
-        m_fd = ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (m_fd < 0 && errno == EEXIST);
+    m_tempPath = m_path + ".tmp";
+    if (::unlink(m_tempPath.c_str()) != 0 && errno != ENOENT)
+        return lastError();
+    m_fd = ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (m_fd < 0)
         return lastError();
+    m_created = true;
     stepDone();
+    if (auto ec = keepOldMode()) {
+        discard();
+        return ec;
+    }
     return {};
 }
 
@@ -117,11 +133,15 @@ void AtomicFile::discard() {
     if (m_fd >= 0)
         ::close(m_fd);
     m_fd = -1;
-    if (!m_tempPath.empty())
+    if (m_created && !m_renamed)
         ::unlink(m_tempPath.c_str());
+    m_created = false;
 }
 
 std::error_code replaceFileAtomically(const std::string& path, std::string_view bytes) {
+    FolderLock lock;
+    if (auto ec = lock.acquire(folderOfFile(path), kFolderLockTimeout))
+        return ec;
     AtomicFile out(path);
     if (auto ec = out.open())
         return ec;

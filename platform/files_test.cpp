@@ -1,10 +1,12 @@
 #include "platform/atomic_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "platform/lookup.h"
 #include "tests/temp_dir.h"
@@ -20,15 +22,9 @@ TEST(AtomicFileTest, ReplacesTheWholeFileOrLeavesTheOldOne) {
     ASSERT_FALSE(out.commit());
     EXPECT_EQ(readFileBytes(path), replaced);
 
-    // Two writers at once each write a file of their own; the later rename wins.
-    AtomicFile first(path), second(path);
-    ASSERT_FALSE(first.open());
-    ASSERT_FALSE(second.open());
-    first.write("first");
-    second.write("second");
-    ASSERT_FALSE(first.commit());
-    ASSERT_FALSE(second.commit());
-    EXPECT_EQ(readFileBytes(path), "second");
+    // What a killed save left is replaced by the next one; an abandoned one tidies up.
+    writeFileBytes(path + ".tmp", "left by a killed save");
+    ASSERT_FALSE(replaceFileAtomically(path, "second"));
     {
         AtomicFile abandoned(path);
         ASSERT_FALSE(abandoned.open());
@@ -37,8 +33,48 @@ TEST(AtomicFileTest, ReplacesTheWholeFileOrLeavesTheOldOne) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
                             std::filesystem::directory_iterator()),
               1);
+    EXPECT_EQ(readFileBytes(path), "second");
 
     ASSERT_EQ(::chmod(path.c_str(), 0444), 0);  // refused even to root
     EXPECT_EQ(replaceFileAtomically(path, "new"), std::errc::permission_denied);
     EXPECT_EQ(readFileBytes(path), "second");
+}
+
+TEST(AtomicFileTest, AReplacedFileKeepsItsModeAndANewOneGetsTheUmasks) {
+    TempDir dir;
+    const mode_t oldUmask = ::umask(022);
+    // name, mode of the old file (0: none), umask, mode of the new file
+    const std::tuple<const char*, mode_t, mode_t, mode_t> rows[] = {
+        {"private file stays private", 0600, 022, 0600},
+        {"group-writable stays so", 0664, 077, 0664},
+        {"new file", 0, 022, 0644},
+        {"new file, strict umask", 0, 027, 0640},
+    };
+    for (const auto& [name, oldMode, mask, expected] : rows) {
+        SCOPED_TRACE(name);
+        const std::string path = dir / name;
+        if (oldMode != 0) {
+            writeFileBytes(path, "old");
+            ASSERT_EQ(::chmod(path.c_str(), oldMode), 0);
+        }
+        ::umask(mask);
+        ASSERT_FALSE(replaceFileAtomically(path, "new"));
+        struct stat st {};
+        ASSERT_EQ(::stat(path.c_str(), &st), 0);
+        EXPECT_EQ(st.st_mode & 07777, expected);
+    }
+    ::umask(oldUmask);
+}
+
+TEST(AtomicFileTest, AFileReplacedByRootKeepsItsOwnerAndGroup) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a file to another owner";
+    TempDir dir;
+    const std::string path = dir.write("shared.dat", "old");
+    ASSERT_EQ(::chown(path.c_str(), 1234, 5678), 0);
+    ASSERT_FALSE(replaceFileAtomically(path, "new"));
+    struct stat st {};
+    ASSERT_EQ(::stat(path.c_str(), &st), 0);
+    EXPECT_EQ(st.st_uid, 1234u);
+    EXPECT_EQ(st.st_gid, 5678u);
 }

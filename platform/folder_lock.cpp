@@ -4,8 +4,20 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <thread>
+
+namespace {
+
+// Errors that say the file system keeps no such locks, rather than that someone
+// holds this one.
+bool lockingUnsupported(int error) {
+    return error == ENOLCK || error == EOPNOTSUPP || error == ENOTSUP || error == EBADF ||
+           error == EINVAL;
+}
+
+}  // namespace
 
 FolderLock::~FolderLock() {
     release();
@@ -19,10 +31,11 @@ std::error_code FolderLock::acquire(const std::string& folder, std::chrono::mill
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     auto pause = std::chrono::milliseconds(1);
     while (::flock(m_fd, LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK && errno != EINTR) {
-            std::error_code ec{errno, std::generic_category()};
+        const int error = errno;
+        if (error != EWOULDBLOCK && error != EINTR) {
             release();
-            return ec;
+            return lockingUnsupported(error) ? std::error_code()
+                                             : std::error_code(error, std::generic_category());
         }
         if (std::chrono::steady_clock::now() >= deadline) {
             release();
@@ -40,4 +53,9 @@ void FolderLock::release() {
         ::close(m_fd);
     }
     m_fd = -1;
+}
+
+std::string folderOfFile(const std::string& file) {
+    const std::size_t slash = file.rfind('/');
+    return slash == std::string::npos ? std::string(".") : file.substr(0, slash + 1);
 }

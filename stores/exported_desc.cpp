@@ -16,15 +16,7 @@ constexpr std::string_view kUpdateFailed =
     "Error: Problem while updating exported description file.";
 
 std::error_code writeExpDesc(const std::string& path, const std::string& description) {
-    AtomicFile out(path);
-    if (auto ec = out.open())
-        return ec;
-    out.writeLine(description);
-    if (auto ec = out.commit()) {
-        out.discard();
-        return ec;
-    }
-    return {};
+    return replaceFileAtomically(path, std::string(description) + std::string(kCrLf));
 }
 
 // A read-only file cannot be deleted any more than it can be rewritten.

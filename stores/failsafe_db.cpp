@@ -73,17 +73,12 @@ std::error_code copyOtherRecords(const std::string& failsafeDBfile, const Record
     return reader.error();
 }
 
-std::string folderOf(const std::string& path) {
-    std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? std::string(".") : path.substr(0, slash + 1);
-}
-
 std::error_code rewriteDatabase(const SharedState& state, std::chrono::milliseconds lockTimeout) {
     const std::string& file = state.data.failsafeDBfile;
     // Held from before the database is read until after the rename, so that two
     // copies of the program never lose each other's record.
     FolderLock lock;
-    if (auto ec = lock.acquire(folderOf(file), lockTimeout))
+    if (auto ec = lock.acquire(folderOfFile(file), lockTimeout))
         return ec;
     AtomicFile out(file);
     if (auto ec = out.open())
@@ -124,7 +119,7 @@ std::optional<std::string> readFailsafeDB(const std::string& failsafeDBfile,
 }
 
 WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter) {
-    return updateFailsafeDB(state, prompter, kFailsafeLockTimeout);
+    return updateFailsafeDB(state, prompter, kFolderLockTimeout);
 }
 
 WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter,
@@ -223,7 +218,7 @@ std::error_code copyMovingRecords(const std::string& file, const RecordMove& mov
 
 std::error_code rewriteMovingRecords(const std::string& file, const RecordMove& move) {
     FolderLock lock;
-    if (auto ec = lock.acquire(folderOf(file), kFailsafeLockTimeout))
+    if (auto ec = lock.acquire(folderOfFile(file), kFolderLockTimeout))
         return ec;
     if (!fileExists(file))
         return {};

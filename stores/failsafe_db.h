@@ -22,9 +22,6 @@
 // it and hold a lock on the folder, so copies of the program saving at once keep
 // every record.
 
-// How long a writer waits for another copy of the program to finish its rewrite.
-inline constexpr std::chrono::milliseconds kFailsafeLockTimeout{10000};
-
 // The description in the target's records, each line followed by CR LF. nullopt when
 // there is no record (or the file cannot be read); "" for a record without lines. A
 // record without its end line runs to the file's last line, which it leaves out.
@@ -35,11 +32,11 @@ inline constexpr std::chrono::milliseconds kFailsafeLockTimeout{10000};
 // removeTargetFileDescFlag is 1), followed by every old line except the target's old
 // record; a record without its end line swallows the rest of the file. Removing the
 // last record leaves an empty file. On failure, or when the lock is not had within
-// kFailsafeLockTimeout, shows "Error: Problem while updating filesafe DB." and returns
+// kFolderLockTimeout, shows "Error: Problem while updating filesafe DB." and returns
 // Error; the old database is then left as it was.
 [[nodiscard]] WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter);
 
-// The same with another wait for the lock.
+// The same with another wait for the lock than kFolderLockTimeout.
 [[nodiscard]] WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter,
                                            std::chrono::milliseconds lockTimeout);
 

@@ -7,6 +7,7 @@
 #include "platform/atomic_file.h"
 #include "platform/code_page.h"
 #include "platform/files.h"
+#include "platform/folder_lock.h"
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
 
@@ -183,11 +184,23 @@ std::string read00IndexFile(const TargetPaths& target) {
 }
 
 WriteResult update00IndexFile(const SharedState& state, Prompter& prompter) {
-    // The older name is adopted only when it cannot overwrite an index.
-    std::string olderIndex = state.target.indexFilePath + std::string(kOlderIndexName);
-    if (fileExists(olderIndex))
-        (void)renameNoReplace(olderIndex, state.target.indexFile);
-    if (rewriteIndex(state)) {
+    return update00IndexFile(state, prompter, kFolderLockTimeout);
+}
+
+WriteResult update00IndexFile(const SharedState& state, Prompter& prompter,
+                              std::chrono::milliseconds lockTimeout) {
+    // Held from before the old index is read until after the new one is in place (or
+    // deleted), so that saves of other items of the folder never drop this entry.
+    FolderLock lock;
+    std::error_code ec = lock.acquire(state.target.indexFilePath, lockTimeout);
+    if (!ec) {
+        // The older name is adopted only when it cannot overwrite an index.
+        std::string olderIndex = state.target.indexFilePath + std::string(kOlderIndexName);
+        if (fileExists(olderIndex))
+            (void)renameNoReplace(olderIndex, state.target.indexFile);
+        ec = rewriteIndex(state);
+    }
+    if (ec) {
         showError(prompter, kUpdateFailed);
         return WriteResult::Error;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <unordered_map>
 
@@ -30,9 +31,15 @@
 // old lines minus the target's old entries, the entries of items that no longer
 // exist (a last line is never dropped for that) and empty lines. An index left empty
 // is deleted. An older "Index_00.txt" is first renamed to "00_index.txt" unless that
-// exists already. On failure shows the index's error message and returns Error; the
-// old index is then left as it was and the temporary file is removed.
+// exists already. The whole rewrite holds the folder's lock, so saves of different
+// items of one folder at once keep every entry. On failure, or when the lock is not
+// had within kFolderLockTimeout, shows the index's error message and returns Error;
+// the old index is then left as it was and the temporary file is removed.
 [[nodiscard]] WriteResult update00IndexFile(const SharedState& state, Prompter& prompter);
+
+// The same with another wait for the lock than kFolderLockTimeout.
+[[nodiscard]] WriteResult update00IndexFile(const SharedState& state, Prompter& prompter,
+                                            std::chrono::milliseconds lockTimeout);
 
 // ---- Many entries at once (veskor-cli's listings)
 
