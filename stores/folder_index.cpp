@@ -1,5 +1,6 @@
 #include "stores/folder_index.h"
 
+#include <algorithm>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -49,23 +50,43 @@ std::string_view itemName(std::string_view head) {
     return head.size() < 2 ? std::string_view() : head.substr(1, head.size() - 2);
 }
 
-// The target's name as head lines are matched against it: letter case ignored.
+bool isUtf8(std::string_view bytes) {
+    return decodeFileText(bytes) == bytes;
+}
+
+// The target's name as head lines are matched against it: on the names' bytes, so a
+// name in any encoding (a Latin-1 name from an old archive) finds its own entry;
+// letter case is ignored where the bytes are UTF-8. A head that is not UTF-8 was
+// written by a Windows program in its code page, and also matches a UTF-8 name that
+// reads the same.
 class IndexName {
 public:
-    explicit IndexName(std::string_view name) : m_upper(upperCase(name)) {}
+    explicit IndexName(std::string_view name) : m_upper(upperCase(name)), m_isUtf8(isUtf8(name)) {}
 
     bool matchesQuoted(std::string_view head) const {
-        return isQuoted(head) && head.size() >= 2 &&
-               upperCase(head.substr(1, head.size() - 2)) == m_upper;
+        return isQuoted(head) && head.size() >= 2 && matchesName(head.substr(1, head.size() - 2));
     }
-    bool matchesShort(std::string_view head) const {
-        return upperCase(shortFormName(head)) == m_upper;
-    }
+    bool matchesShort(std::string_view head) const { return matchesName(shortFormName(head)); }
     bool matches(std::string_view head) const { return matchesQuoted(head) || matchesShort(head); }
 
 private:
+    bool matchesName(std::string_view name) const {
+        if (upperCase(name) == m_upper)
+            return true;
+        return m_isUtf8 && !isUtf8(name) && upperCase(decodeFileText(name)) == m_upper;
+    }
+
     std::string m_upper;
+    bool m_isUtf8;
 };
+
+// Whether the item a head line names is still in the folder: under the name's bytes,
+// or, for a head in a Windows code page, under the UTF-8 name it reads as.
+bool itemExists(const std::string& folder, std::string_view item) {
+    if (fileOrFolderExists(folder + std::string(item)))
+        return true;
+    return !isUtf8(item) && fileOrFolderExists(folder + decodeFileText(item));
+}
 
 void appendTextLine(std::string_view bytes, std::string& text) {
     text += decodeFileText(bytes);
@@ -108,13 +129,12 @@ std::string entryText(std::string_view name, std::string_view description) {
 // Whether a head line and its continuation lines leave the index: the target's own
 // old entries, and entries of items gone from the folder unless the head is the
 // file's last line.
-bool dropsEntry(std::string_view headBytes, const IndexName& name, const std::string& folder,
+bool dropsEntry(std::string_view head, const IndexName& name, const std::string& folder,
                 LineReader& reader) {
-    std::string head = decodeFileText(headBytes);
     if (name.matches(head))
         return true;
     std::string_view item = itemName(head);
-    return !item.empty() && !reader.atEnd() && !fileOrFolderExists(folder + std::string(item));
+    return !item.empty() && !reader.atEnd() && !itemExists(folder, item);
 }
 
 // Copies the old index's lines that stay, as they were; true when any was copied.
@@ -165,17 +185,12 @@ std::string read00IndexFile(const TargetPaths& target) {
     IndexName name(target.targetFile);
     std::string text, line;
     while (reader.next(line)) {
-        std::string head = decodeFileText(line);
-        if (name.matchesQuoted(head)) {
-            if (!appendContinuations(reader, line, text))
-                break;
-            head = decodeFileText(line);
-        }
+        if (name.matchesQuoted(line) && !appendContinuations(reader, line, text))
+            break;
         // The line that ends a quoted entry may start a short one; the line that
         // ends a short entry is not looked at again.
-        if (name.matchesShort(head)) {
-            text += charactersFrom(head, kTextColumn);
-            text += kCrLf;
+        if (name.matchesShort(line)) {
+            appendTextLine(charactersFrom(line, kTextColumn), text);
             if (!appendContinuations(reader, line, text))
                 break;
         }
@@ -211,11 +226,24 @@ namespace {
 
 // Reading one name, a head line is looked at in full, or for the short form only (the
 // line that ended the name's quoted entry), or not at all (the line that ended its
-// short entry). At most two names are in such a state at once: those whose entries
-// the previous head line started.
+// short entry). Only names whose entries the previous head line started are in such
+// a state.
 struct HeadExceptions {
-    std::string shortOnly, skipped;
+    std::vector<std::string> shortOnly, skipped;
 };
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// The upper-cased names whose entry a head's name starts, as IndexName matches them:
+// its bytes, and for a name in a Windows code page the UTF-8 name it reads as too.
+std::vector<std::string> namesMatched(std::string_view name) {
+    std::vector<std::string> names{upperCase(name)};
+    if (!isUtf8(name))
+        names.push_back(upperCase(decodeFileText(name)));
+    return names;
+}
 
 // Starts the entries that a head line opens; the texts to which its continuation
 // lines belong go to `open`.
@@ -224,19 +252,22 @@ HeadExceptions startEntries(std::string_view head, const HeadExceptions& excepti
     HeadExceptions next;
     open.clear();
     if (isQuoted(head) && head.size() > 2) {
-        std::string name = upperCase(head.substr(1, head.size() - 2));
-        if (name != exceptions.shortOnly && name != exceptions.skipped) {
+        for (std::string& name : namesMatched(head.substr(1, head.size() - 2))) {
+            if (contains(exceptions.shortOnly, name) || contains(exceptions.skipped, name))
+                continue;
             open.push_back(&entries[name]);
-            next.shortOnly = name;
+            next.shortOnly.push_back(std::move(name));
         }
     }
-    std::string name = upperCase(shortFormName(head));
-    if (!name.empty() && name != exceptions.skipped) {
+    std::string_view shortName = shortFormName(head);
+    for (std::string& name :
+         shortName.empty() ? std::vector<std::string>() : namesMatched(shortName)) {
+        if (contains(exceptions.skipped, name))
+            continue;
         std::string& text = entries[name];
-        text += charactersFrom(head, kTextColumn);
-        text += kCrLf;
+        appendTextLine(charactersFrom(head, kTextColumn), text);
         open.push_back(&text);
-        next.skipped = name;
+        next.skipped.push_back(std::move(name));
     }
     return next;
 }
@@ -256,7 +287,7 @@ IndexEntries read00IndexEntries(const std::string& indexFile) {
             for (std::string* text : open)
                 appendTextLine(std::string_view(line).substr(kTextColumn), *text);
         } else {
-            exceptions = startEntries(decodeFileText(line), exceptions, entries, open);
+            exceptions = startEntries(line, exceptions, entries, open);
         }
     }
     if (reader.error())
