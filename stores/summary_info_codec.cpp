@@ -211,20 +211,31 @@ std::string reencodedAsUtf8(std::string value, unsigned fromPage) {
     return lpstrValue(decodeText(*text, fromPage), kUtf8Page);
 }
 
-// Every property but Comments, in table order. With `switchFrom` set, the set moves
-// from that page to UTF-8: CodePage becomes 65001 and the strings are re-encoded.
+// What an update does to the set's code page: the page that CodePage is to declare,
+// when it does not already say how the strings are read, and the page to re-encode
+// the strings from when they move to UTF-8.
+struct PageChange {
+    std::optional<unsigned> declare;
+    std::optional<unsigned> reencodeFrom;
+};
+
+// Every property but Comments, in table order, with the set's CodePage (first, where
+// it had none) declaring the page that its strings are really in.
 Properties keptProperties(const std::vector<Property>& table, std::size_t budget,
-                          std::optional<unsigned> switchFrom) {
+                          const PageChange& change) {
     Properties kept;
     for (const Property& property : table) {
         if (property.id == kCommentsId)
             continue;
         std::string value = copiedValue(property.value, budget);
-        if (switchFrom)
-            value = property.id == kCodePageId ? scalarValue(kVtI2, kUtf8Page)
-                                               : reencodedAsUtf8(std::move(value), *switchFrom);
+        if (change.declare && property.id == kCodePageId)
+            value = scalarValue(kVtI2, *change.declare);
+        else if (change.reencodeFrom)
+            value = reencodedAsUtf8(std::move(value), *change.reencodeFrom);
         kept.emplace_back(property.id, std::move(value));
     }
+    if (change.declare && !hasCodePageEntry(table))
+        kept.insert(kept.begin(), {kCodePageId, scalarValue(kVtI2, *change.declare)});
     return kept;
 }
 
@@ -266,26 +277,30 @@ std::string readSummaryInfoDesc(std::string_view stream) {
     return bytes ? decodeText(*bytes, page) : std::string();
 }
 
+// A set without CodePage, with CodePage 0 or with a page that the C library cannot
+// convert has its strings read as Windows-1252; an update says so, so that every
+// other reader takes them the same way.
 std::string updateSummaryInfo(std::string_view stream, std::string_view description) {
     std::optional<std::vector<Property>> table = recognisedTable(stream);
     if (!table)
         return std::string(stream);
-    unsigned page = usablePage(declaredCodePage(*table));
+    std::optional<unsigned> declared = declaredCodePage(*table);
+    unsigned page = usablePage(declared);
+    PageChange change;
+    if (declared != page)
+        change.declare = page;
     std::optional<std::string> comments;
-    bool switchToUtf8 = false;
     if (!description.empty()) {
         comments = encodeText(description, page);
-        switchToUtf8 = !comments;
-        if (switchToUtf8)
+        if (!comments) {
             comments = std::string(description);
+            change = {kUtf8Page, page};
+            page = kUtf8Page;
+        }
     }
-    Properties kept =
-        keptProperties(*table, stream.size(), switchToUtf8 ? std::optional(page) : std::nullopt);
-    // A set that never declared a page must say so now, first, as Windows writes it.
-    if (switchToUtf8 && !hasCodePageEntry(*table))
-        kept.insert(kept.begin(), {kCodePageId, scalarValue(kVtI2, kUtf8Page)});
+    Properties kept = keptProperties(*table, stream.size(), change);
     if (comments)
-        kept.emplace_back(kCommentsId, lpstrValue(*comments, switchToUtf8 ? kUtf8Page : page));
+        kept.emplace_back(kCommentsId, lpstrValue(*comments, page));
     return serialized(stream.substr(0, kSectionStart), kept).value_or(std::string(stream));
 }
 

@@ -24,9 +24,11 @@ std::string readSummaryInfoDesc(std::string_view stream);
 // The stream rebuilt with `description` as its Comments property (appended last), or
 // without Comments when `description` is empty. The 48-byte header and the other
 // properties are kept; values of types outside the subset become empty VT_LPSTR
-// strings. A description that the set's code page cannot hold switches the set to
-// 65001 (UTF-8) and re-encodes its other strings. An unrecognised stream comes back
-// unchanged.
+// strings. The rebuilt set always declares the code page its strings are in: one
+// that declared none, 0, or a page the C library cannot convert gets CodePage 1252
+// (first in the table when it had none), the page its strings were read in. A
+// description that the set's code page cannot hold switches the set to 65001 (UTF-8)
+// and re-encodes its other strings. An unrecognised stream comes back unchanged.
 std::string updateSummaryInfo(std::string_view stream, std::string_view description);
 
 // A complete fresh stream: CodePage, Locale 0x409 and, unless `description` is empty,

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
+
+#include "tests/gsf_reader.h"
 
 namespace {
 
@@ -56,6 +59,13 @@ std::string propertySet(const std::vector<Property>& properties, Layout layout =
            le32(properties.size()) + table + std::string(gap, '\0') + values;
 }
 
+// Every stream the codec writes must read back in an independent reader with the text
+// saved; a set without Comments reads as none.
+void expectLibgsfReads(const std::string& stream, const std::string& description) {
+    EXPECT_EQ(commentsReadByLibgsf(stream),
+              description.empty() ? std::nullopt : std::optional(description));
+}
+
 TEST(SummaryInfoCodecTest, FreshStreamsAreExactAndAnUpdateBuildsTheSame) {
     const std::string header =
         "FE FF 00 00 05 01 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"
@@ -81,9 +91,13 @@ TEST(SummaryInfoCodecTest, FreshStreamsAreExactAndAnUpdateBuildsTheSame) {
         EXPECT_EQ(createSummaryInfo(description), stream);
         EXPECT_EQ(readSummaryInfoDesc(stream), description);
         EXPECT_EQ(updateSummaryInfo(createSummaryInfo("old"), description), stream);
+        expectLibgsfReads(stream, description);
     }
 }
 
+// An update declares the code page its strings are really in: a set that declares
+// none, 0, a page the C library cannot convert or one that is no VT_I2 has its strings
+// read as Windows-1252 and says so from then on.
 TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
     const Property plan{kTitleId, lpstr("Plan", 5)}, ansi{kTitleId, lpstr("caf\xE9", 5)},
         utf8{kTitleId, lpstr("caf\xC3\xA9", 8)}, omega = comments(lpstr("\xCE\xA9", 4));
@@ -95,9 +109,27 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
         {"another program's set: Comments first, a wide string",
          {comments(lpstr("old text", 9)), plan, kCreated, {kSubjectId, kWide}},
          "new",
-         {plan, kCreated, {kSubjectId, kEmptyLpstr}, comments(lpstr("new", 4))}},
+         {codePage(1252), plan, kCreated, {kSubjectId, kEmptyLpstr}, comments(lpstr("new", 4))}},
         {"1252 -> 65001", {codePage(1252), ansi}, "\xCE\xA9", {codePage(65001), utf8, omega}},
         {"none -> 65001", {ansi, kCreated}, "\xCE\xA9", {codePage(65001), utf8, kCreated, omega}},
+        {"none -> 1252",
+         {ansi},
+         "caf\xC3\xA9",
+         {codePage(1252), ansi, comments(lpstr("caf\xE9", 8))}},
+        {"0 -> 1252",
+         {codePage(0), ansi},
+         "caf\xC3\xA9",
+         {codePage(1252), ansi, comments(lpstr("caf\xE9", 8))}},
+        {"0 -> 65001", {ansi, codePage(0)}, "\xCE\xA9", {utf8, codePage(65001), omega}},
+        {"unknown page -> 1252",
+         {codePage(12345), ansi},
+         "caf\xC3\xA9",
+         {codePage(1252), ansi, comments(lpstr("caf\xE9", 8))}},
+        {"UTF-16BE -> 1252", {codePage(1201)}, "new", {codePage(1252), comments(lpstr("new", 4))}},
+        {"CodePage as VT_I4 -> 1252",
+         {{1, le32(3) + le32(1252)}, ansi},
+         "new",
+         {codePage(1252), ansi, comments(lpstr("new", 4))}},
         {"1200 (UTF-16)", {codePage(1200)}, "Gr\xC3\xBC\xC3\x9F\xCE\xA9", {codePage(1200), utf16}},
         {"932", {codePage(932)}, "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", {codePage(932), sjis}},
     };
@@ -106,6 +138,7 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
         std::string updated = updateSummaryInfo(propertySet(before, Layout::Foreign), description);
         EXPECT_EQ(updated, propertySet(after));
         EXPECT_EQ(readSummaryInfoDesc(updated), description);
+        expectLibgsfReads(updated, description);
     }
 }
 
@@ -119,7 +152,7 @@ TEST(SummaryInfoCodecTest, MalformedStreamsAreReadAsFarAsTheyGo) {
     auto withComments = [](std::string_view hex) {
         return propertySet({comments(fromHex(hex))}, Layout::Foreign);
     };
-    const std::string newComments = propertySet({comments(lpstr("new", 4))});
+    const std::string newComments = propertySet({codePage(1252), comments(lpstr("new", 4))});
     // stream, text read, stream after an update to "new" ("": the stream unchanged)
     const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
         {"empty", "", "", ""},
@@ -140,6 +173,8 @@ TEST(SummaryInfoCodecTest, MalformedStreamsAreReadAsFarAsTheyGo) {
         SCOPED_TRACE(name);
         EXPECT_EQ(readSummaryInfoDesc(stream), text);
         EXPECT_EQ(updateSummaryInfo(stream, "new"), updated.empty() ? stream : updated);
+        if (!updated.empty())
+            expectLibgsfReads(updated, "new");
     }
 }
 
