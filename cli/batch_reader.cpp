@@ -3,7 +3,9 @@
 #include "platform/code_page.h"
 #include "platform/lookup.h"
 #include "platform/xattr.h"
+#include "stores/descript_ion.h"
 #include "stores/exported_desc.h"
+#include "stores/xdg_comment.h"
 
 BatchReader::BatchReader(std::string failsafeDBfile, std::string top)
     : m_failsafeDBfile(std::move(failsafeDBfile)), m_top(std::move(top)) {}
@@ -12,6 +14,7 @@ void BatchReader::enterFolder(const std::string& folder,
                               const std::vector<std::string>& folderNames) {
     m_folder = folder;
     m_indexRead = false;
+    m_descriptIon.reset();
     m_exportedFiles.clear();
     for (const std::string& name : folderNames) {
         if (name.ends_with(kExportedSuffix))
@@ -57,6 +60,22 @@ std::optional<std::string> BatchReader::failsafeDesc(const std::string& /*failsa
     if (!m_failsafe)
         m_failsafe = scanFailsafeDB(m_failsafeDBfile, m_top);
     return readFailsafeDBAt(m_failsafeDBfile, *m_failsafe, target.targetFileFullPathname);
+}
+
+std::optional<std::string> BatchReader::commentDesc(const TargetPaths& target) {
+    std::string bytes;
+    if (m_streams.read(target.targetFileFullPathname, kXdgCommentStream, bytes) != StreamStatus::Ok)
+        return std::nullopt;
+    return commentText(bytes);
+}
+
+std::optional<std::string> BatchReader::descriptIonDesc(const TargetPaths& target) {
+    if (!m_descriptIon)
+        m_descriptIon = readDescriptIonEntries(descriptIonFile(m_folder));
+    if (!*m_descriptIon)
+        return std::nullopt;
+    auto entry = (*m_descriptIon)->find(upperCase(target.targetFile));
+    return entry == (*m_descriptIon)->end() ? std::nullopt : std::optional(entry->second);
 }
 
 void BatchReader::ListedStreams::enterFolder(const std::string& folder) {

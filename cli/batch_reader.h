@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -14,7 +15,7 @@
 // The stores read for many entries at once: the failsafe database is scanned once for
 // the whole call, when an entry first needs it (keeping only where each record under
 // the top folder begins), each folder's index once, when an entry of the folder first
-// needs it, and each entry's stream list once.
+// needs it, each folder's descript.ion likewise, and each entry's stream list once.
 // Memory holds one folder's index and names, and a hash and an offset per failsafe
 // record under the top folder; it never grows with the number of entries listed.
 // Answers exactly what the stores' own readers answer for each entry.
@@ -33,6 +34,8 @@ public:
     std::optional<std::string> indexDesc(const TargetPaths& target) override;
     std::optional<std::string> failsafeDesc(const std::string& failsafeDBfile,
                                             const TargetPaths& target) override;
+    std::optional<std::string> commentDesc(const TargetPaths& target) override;
+    std::optional<std::string> descriptIonDesc(const TargetPaths& target) override;
 
 private:
     static constexpr std::string_view kExportedSuffix = ".description";
@@ -69,5 +72,7 @@ private:
     bool m_indexRead = false;
     bool m_hasIndex = false;
     IndexEntries m_index;
+    // The folder's descript.ion, read when an entry first needs it.
+    std::optional<std::optional<std::unordered_map<std::string, std::string>>> m_descriptIon;
     ListedStreams m_streams;
 };

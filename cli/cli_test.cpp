@@ -76,7 +76,9 @@ TEST_F(CliTest, EveryStoreRoundTripsAndGetPipedIntoSetChangesNothing) {
                               "== old stream (user.description)\n  (nothing)\n" +
                               "== summary stream (user.\\005SummaryInformation)\n" + lines +
                               "== folder index (" + indexFile() + ")\n" + lines +
-                              "== failsafe database (" + failsafeFile() + ")\n" + lines);
+                              "== failsafe database (" + failsafeFile() + ")\n" + lines +
+                              "== file manager comment (user.xdg.comment)\n" + lines +
+                              "== descript.ion (" + docs_.path() + "descript.ion)\n  (nothing)\n");
 }
 
 // A refused text (exit 64) reaches no store. A missing target shows its exported file,

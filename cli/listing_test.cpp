@@ -34,6 +34,11 @@ protected:
                                            "Veskor failsafe DB 1.7 END " +
                                            key + "\r\n");
         ASSERT_EQ(::symlink((docs_ / "Sub").c_str(), (docs_ / "link").c_str()), 0);
+        // Other programs' stores, last in order: written after every save above.
+        ASSERT_EQ(replaceStream(docs_.write("comment.txt", "x"), "xdg.comment", "From the\nKDE"),
+                  StreamStatus::Ok);
+        docs_.write("ion.txt", "x");
+        docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
     }
 };
 
@@ -42,9 +47,11 @@ TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
     ASSERT_EQ(run({"ls", docs_.path()}), 0) << err_.str();
     EXPECT_EQ(out_.str(),
               "Sub\tThe sub folder\n"
+              "comment.txt\tFrom the\n"
               "exported.txt\tFrom the exported\n"
               "failsafe.txt\tneedle in the failsafe\n"
               "indexed.txt\tIndexed\n"
+              "ion.txt\tFrom a\n"
               "link\tThe sub folder\n"
               "old.txt\tOld\n"
               "summary.txt\tIn the summary\n");
@@ -60,7 +67,7 @@ TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
         EXPECT_EQ(get(entry->path), described ? entry->description + "\n" : "(none)");
         EXPECT_EQ("Loaded from " + entry->source + "\n", described ? err_.str() : "Loaded from \n");
     }
-    EXPECT_EQ(count, 9) << "every entry but the exported file";
+    EXPECT_EQ(count, 12) << "every entry but the exported file";
 
     // The link to the folder is not followed, so its file is found once.
     const std::tuple<const char*, std::string, int, std::string> finds[] = {
@@ -75,7 +82,7 @@ TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
     }
     ASSERT_EQ(run({"export", docs_.path()}), 0);
     const std::string exported = out_.str();
-    EXPECT_EQ(std::count(exported.begin(), exported.end(), '\n'), 8) << exported;
+    EXPECT_EQ(std::count(exported.begin(), exported.end(), '\n'), 10) << exported;
 }
 
 // The progress line goes to a terminal only, and is wiped before the call ends.

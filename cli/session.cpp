@@ -17,10 +17,11 @@ constexpr std::string_view kLoadedFrom = "Loaded from ";
 constexpr std::size_t kMaxDescriptionChars = 30000;
 
 // The stores whose readers return every line followed by CR LF; the streams return the
-// text as it was saved.
+// text as it was saved. The status label may carry a note after the store's name.
 bool isLineBased(std::string_view status) {
-    return status == "Loaded from exported description" || status == "Loaded from '00_Index.txt'" ||
-           status == "Loaded from failsafe";
+    return status.starts_with("Loaded from exported description") ||
+           status.starts_with("Loaded from '00_Index.txt'") ||
+           status.starts_with("Loaded from failsafe");
 }
 
 }  // namespace

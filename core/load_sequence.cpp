@@ -2,10 +2,12 @@
 
 #include "platform/code_page.h"
 #include "platform/lookup.h"
+#include "stores/descript_ion.h"
 #include "stores/exported_desc.h"
 #include "stores/failsafe_db.h"
 #include "stores/folder_index.h"
 #include "stores/ntfs_streams.h"
+#include "stores/xdg_comment.h"
 
 namespace {
 
@@ -33,23 +35,17 @@ public:
             return std::nullopt;
         return readFailsafeDB(failsafeDBfile, target.targetFileFullPathname);
     }
+    std::optional<std::string> commentDesc(const TargetPaths& target) override {
+        return readXdgComment(target.targetFileFullPathname);
+    }
+    std::optional<std::string> descriptIonDesc(const TargetPaths& target) override {
+        return readDescriptIon(target);
+    }
 };
 
-std::string captionFor(const std::string& targetFile) {
-    if (characterCount(targetFile) <= 40)
-        return targetFile + " - Veskor";
-    std::string_view tail = charactersFrom(targetFile, characterCount(targetFile) - 37);
-    return std::string(firstCharacters(targetFile, 3)) + "..." + std::string(tail) + " - Veskor";
-}
-
-}  // namespace
-
-DescriptionSources& storeReaders() {
-    static StoreReaders readers;
-    return readers;
-}
-
-FoundDescription findDescription(const TargetPaths& target, const std::string& failsafeDBfile,
+// The program's own stores; a failsafe record without lines names its source with an
+// empty text.
+FoundDescription findInOwnStores(const TargetPaths& target, const std::string& failsafeDBfile,
                                  DescriptionSources& sources) {
     FoundDescription found;
     if (std::string text = sources.exportedDesc(target); !text.empty())
@@ -69,6 +65,47 @@ FoundDescription findDescription(const TargetPaths& target, const std::string& f
     return found;
 }
 
+// What other programs keep, tried only when none of the program's own stores had text:
+// the file manager's comment, then the folder's descript.ion.
+std::optional<FoundDescription> findInOtherPrograms(const TargetPaths& target,
+                                                    DescriptionSources& sources,
+                                                    const std::optional<std::string>& comment) {
+    if (comment)
+        return FoundDescription{*comment, "Loaded from file manager comment"};
+    if (auto text = sources.descriptIonDesc(target); text && !text->empty())
+        return FoundDescription{*text, "Loaded from descript.ion"};
+    return std::nullopt;
+}
+
+std::string captionFor(const std::string& targetFile) {
+    if (characterCount(targetFile) <= 40)
+        return targetFile + " - Veskor";
+    std::string_view tail = charactersFrom(targetFile, characterCount(targetFile) - 37);
+    return std::string(firstCharacters(targetFile, 3)) + "..." + std::string(tail) + " - Veskor";
+}
+
+}  // namespace
+
+DescriptionSources& storeReaders() {
+    static StoreReaders readers;
+    return readers;
+}
+
+FoundDescription findDescription(const TargetPaths& target, const std::string& failsafeDBfile,
+                                 DescriptionSources& sources) {
+    FoundDescription found = findInOwnStores(target, failsafeDBfile, sources);
+    const std::optional<std::string> comment = sources.commentDesc(target);
+    if (found.text.empty())
+        return findInOtherPrograms(target, sources, comment).value_or(found);
+    found.commentDiffers = comment && commentDiffers(found.text, *comment);
+    return found;
+}
+
+// Said so that Update overwriting the comment comes as no surprise.
+std::string statusLabel(const FoundDescription& found) {
+    return found.commentDiffers ? found.status + " - file manager comment differs" : found.status;
+}
+
 void loadDescription(SharedState& state, EditorState& editor) {
     editor.setCaption("Loading description... - Veskor");
     state.data.failsafeDBfile = state.data.failsafeDBpath + "ver1.7.dat";
@@ -78,7 +115,7 @@ void loadDescription(SharedState& state, EditorState& editor) {
     editor.setText(found.text);
     editor.setUpdateBold(false);
     if (!found.status.empty())
-        editor.setStatus(found.status);
+        editor.setStatus(statusLabel(found));
     if (editor.text().empty()) {
         editor.setStatus("Description not found");
         editor.setText(kPlaceholder);

@@ -7,7 +7,9 @@
 #include "contracts/shared_state.h"
 
 // The description of a target is the text of the first store that holds one, in a fixed
-// order of precedence; the old stream wins over the exported file. The order lives in
+// order of precedence; the old stream wins over the exported file. What other programs
+// keep (the file manager's comment, then descript.ion) comes after all of the program's
+// own stores. The order lives in
 // findDescription() alone: the editor reads the stores one target at a time, veskor-cli
 // also through a batch reader that reads each folder's files once for many entries.
 
@@ -29,6 +31,11 @@ public:
     // database or a record, "" for a record without lines.
     virtual std::optional<std::string> failsafeDesc(const std::string& failsafeDBfile,
                                                     const TargetPaths& target) = 0;
+    // The file manager's comment, CR LF breaks; nullopt when there is none. Read for
+    // every target: a comment that differs from the text found is noted in the status.
+    virtual std::optional<std::string> commentDesc(const TargetPaths& target) = 0;
+    // The target's entry in its folder's descript.ion; nullopt without one.
+    virtual std::optional<std::string> descriptIonDesc(const TargetPaths& target) = 0;
 };
 
 // The stores read directly, one target at a time.
@@ -37,7 +44,14 @@ DescriptionSources& storeReaders();
 struct FoundDescription {
     std::string text;    // CR LF breaks; "" when nothing was found
     std::string status;  // "Loaded from NTFS"...; "" when no store answered
+    // The file manager's comment says something else than the text found in another
+    // store: someone edited it there since the last save.
+    bool commentDiffers = false;
 };
+
+// The status label's text: the status, and a note when the comment differs, short
+// enough for the label's two lines.
+[[nodiscard]] std::string statusLabel(const FoundDescription& found);
 
 // The text and the status label that loading shows for the target. A failsafe record
 // without lines names its source with an empty text.

@@ -5,11 +5,19 @@
 #include <cstdio>
 #include <functional>
 
+#include "platform/xattr.h"
 #include "tests/store_fixture.h"
 
 namespace {
 
-using LoadSequenceTest = StoreFixture;
+class LoadSequenceTest : public StoreFixture {
+protected:
+    std::string readXdgCommentBytes() const {
+        std::string bytes;
+        (void)readStream(target(), "xdg.comment", bytes);
+        return bytes;
+    }
+};
 
 // All five stores hold text; each row's store is emptied before the next row loads, the
 // last store down to a record without lines, which leaves the selected placeholder.
@@ -64,6 +72,41 @@ TEST_F(LoadSequenceTest, NamesTheTargetInTheCaptionWithItsIcon) {
         EXPECT_EQ(editor_.caption, caption + " - Veskor");
         EXPECT_EQ(editor_.openIcon, folder ? "folder" : "file");
         EXPECT_TRUE(editor_.updateEnabled() && editor_.cancelEnabled && editor_.optionsEnabled);
+    }
+}
+
+// The comment and descript.ion are read only after every store of the program's own;
+// a comment that differs from the text loaded elsewhere is noted in the status.
+TEST_F(LoadSequenceTest, OtherProgramsComeLastAndAnEditedCommentIsNoted) {
+    dir_.write("docs/Descript.ion",
+               "\xEF\xBB\xBF"
+               "plan.txt From\xC2\xA0"
+               "commander\n");
+    auto putComment = [&](const std::string& text) {
+        ASSERT_EQ(text.empty() ? removeStream(target(), "xdg.comment")
+                               : replaceStream(target(), "xdg.comment", text),
+                  StreamStatus::Ok);
+    };
+    const std::tuple<std::string, std::string, std::string, std::function<void()>> rows[] = {
+        {"From the file manager", "From the file manager", "Loaded from file manager comment", [] {}},
+        {"", "From\r\ncommander", "Loaded from descript.ion", [&] { putSummary("Own\r\ntext"); }},
+        {"Own\ntext", "Own\r\ntext", "Loaded from NTFS", [] {}},
+        {"Edited", "Own\r\ntext", "Loaded from NTFS - file manager comment differs",
+         [&] {
+             putFailsafeRecord("");
+             putSummary("");
+         }},
+        {"Edited", "Edited", "Loaded from file manager comment", [] {}},
+    };
+    for (const auto& [comment, text, status, nextStores] : rows) {
+        SCOPED_TRACE(status);
+        if (readXdgCommentBytes() != comment)
+            putComment(comment);
+        editor_ = PlainEditorState();
+        loadDescription(state_, editor_);
+        EXPECT_EQ(editor_.text(), text);
+        EXPECT_EQ(editor_.status, status);
+        nextStores();
     }
 }
 

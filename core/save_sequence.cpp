@@ -5,10 +5,12 @@
 
 #include "platform/files.h"
 #include "platform/lookup.h"
+#include "stores/descript_ion.h"
 #include "stores/exported_desc.h"
 #include "stores/failsafe_db.h"
 #include "stores/folder_index.h"
 #include "stores/ntfs_streams.h"
+#include "stores/xdg_comment.h"
 
 namespace {
 
@@ -107,7 +109,13 @@ SaveOutcome Command1_Click(SharedState& state, EditorState& editor, Prompter& pr
     if (isOn(options.optionsCreate00index) &&
         update00IndexFile(state, prompter) == WriteResult::Error)
         return returnToEditing(editor);
-    if (updateNTFSDesc(state, editor) == WriteResult::Ok)
+    if (updateDescriptIon(state, prompter) == WriteResult::Error)
+        return returnToEditing(editor);
+    const WriteResult streams = updateNTFSDesc(state, editor);
+    // After the summary stream, which keeps the first claim on the file's attribute
+    // space; it never fails the save.
+    updateXdgComment(state.target.targetFileFullPathname, editor.text());
+    if (streams == WriteResult::Ok)
         return SaveOutcome::Stored;
 
     // The streams could not be written; the exported file stands in when allowed.

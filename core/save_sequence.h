@@ -5,8 +5,9 @@
 #include "contracts/shared_state.h"
 
 // The Update command: stores the description box's text in the failsafe database, the
-// exported file, the folder index and the target's streams, in that order, stopping at
-// the first store that fails.
+// exported file, the folder index, the folder's descript.ion (where there is one) and
+// the target's streams, in that order, stopping at the first store that fails; then in
+// the file manager's comment, which never fails the save.
 
 enum class SaveOutcome {
     NotRun,               // the Update button was disabled: nothing happened

@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "platform/lookup.h"
+#include "platform/xattr.h"
 #include "tests/store_fixture.h"
 
 namespace {
@@ -152,6 +153,32 @@ TEST_F(SaveSequenceTest, FallsBackWhenTheStreamsCannotBeWritten) {
         EXPECT_EQ(storeFilesLeft(), (Left{true, exported, index == 1}));
         EXPECT_EQ(failsafe(), record(kTooLong + "\r\n"));
     }
+}
+
+// descript.ion is kept only where one exists, before the streams, and stops the save when
+// it fails; the file manager's comment follows the streams and is never left behind.
+TEST_F(SaveSequenceTest, KeepsTheStoresOfOtherProgramsInStep) {
+    const std::string ion = dir_.write("docs/descript.ion", "a.txt x\r\n");
+    auto comment = [&] {
+        std::string bytes;
+        return readStream(target(), "xdg.comment", bytes) == StreamStatus::Ok ? bytes : "(none)";
+    };
+    EXPECT_EQ(save("Two\r\nlines"), SaveOutcome::Stored);
+    EXPECT_EQ(readFileBytes(ion), "a.txt x\r\nplan.txt Two\\nlines\x04\xC2\r\n");
+    EXPECT_EQ(comment(), "Two\nlines");
+
+    ASSERT_EQ(::chmod(ion.c_str(), 0444), 0);
+    EXPECT_EQ(save("Third"), SaveOutcome::ReturnedToEditing);
+    EXPECT_EQ(prompter_.texts(), Texts{"Error: Problem while updating 'descript.ion' file."});
+    EXPECT_EQ(summaryText() + "|" + comment(), "Two\r\nlines|Two\nlines");
+    ASSERT_EQ(::chmod(ion.c_str(), 0644), 0);
+
+    EXPECT_EQ(save(kTooLong), SaveOutcome::Stored);
+    EXPECT_EQ(summaryText() + "|" + comment(), "Two\r\nlines|(none)");
+    EXPECT_EQ(save("Fourth"), SaveOutcome::Stored);
+    EXPECT_EQ(comment(), "Fourth");
+    EXPECT_EQ(save("", {Answer::Yes}), SaveOutcome::Stored);
+    EXPECT_EQ(readFileBytes(ion) + comment(), "a.txt x\r\n(none)");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <sys/xattr.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace {
@@ -16,8 +17,10 @@ char* scratchBuffer() {
     return buffer;
 }
 
+constexpr std::string_view kUserPrefix = "user.";
+
 std::string attributeName(std::string_view name) {
-    return "user." + std::string(name);
+    return std::string(kUserPrefix) + std::string(name);
 }
 
 StreamStatus statusOf(int err) {
@@ -35,6 +38,16 @@ StreamStatus statusOf(int err) {
 }
 
 }  // namespace
+
+std::vector<std::string_view> splitNames(std::string_view list) {
+    std::vector<std::string_view> names;
+    for (std::size_t start = 0; start < list.size();) {
+        std::size_t end = std::min(list.find('\0', start), list.size());
+        names.push_back(list.substr(start, end - start));
+        start = end + 1;
+    }
+    return names;
+}
 
 StreamStatus readStream(const std::string& path, std::string_view name, std::string& bytes) {
     const std::string attr = attributeName(name);
@@ -109,4 +122,34 @@ StreamStatus listStreams(const std::string& path, std::string& names) {
         start = end + 1;
     }
     return StreamStatus::Ok;
+}
+
+StreamStatus removeStream(const std::string& path, std::string_view name) {
+    if (::removexattr(path.c_str(), attributeName(name).c_str()) < 0)
+        return statusOf(errno);
+    return StreamStatus::Ok;
+}
+
+StreamName probeStreamName(const std::string& path, std::string_view name) {
+    StreamStatus status = streamExists(path, name);
+    if (status == StreamStatus::Ok)
+        return StreamName::Allowed;
+    if (status == StreamStatus::NotSupported)
+        return StreamName::NoStreams;
+    if (status != StreamStatus::Missing)
+        return StreamName::Unknown;
+    // Replacing a stream that does not exist changes nothing; the volume checks the name
+    // first.
+    if (::setxattr(path.c_str(), attributeName(name).c_str(), "", 0, XATTR_REPLACE) == 0)
+        return StreamName::Allowed;
+    switch (errno) {
+        case ENODATA:
+            return StreamName::Allowed;
+        case EINVAL:
+            return StreamName::Refused;
+        case ENOTSUP:
+            return StreamName::NoStreams;
+        default:
+            return StreamName::Unknown;
+    }
 }

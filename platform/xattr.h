@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Named streams of a file or folder, kept as the extended attributes "user." + name.
 // On an NTFS volume mounted by ntfs-3g with streams_interface=xattr these are the
@@ -26,6 +27,22 @@ enum class StreamStatus {
 [[nodiscard]] StreamStatus replaceStream(const std::string& path, std::string_view name,
                                          std::string_view bytes);
 
+// Removes the stream. A stream that is not there is Missing.
+[[nodiscard]] StreamStatus removeStream(const std::string& path, std::string_view name);
+
 // The names of every stream of the path (the part after "user."), each followed by a
 // NUL, as the kernel lists them; other namespaces are left out.
 [[nodiscard]] StreamStatus listStreams(const std::string& path, std::string& names);
+
+// The names of such a list, or of the kernel's own list of attributes.
+[[nodiscard]] std::vector<std::string_view> splitNames(std::string_view list);
+
+// Whether the volume would take a stream of this name, asked without making or changing
+// one (an existing stream is simply Allowed).
+enum class StreamName {
+    Allowed,
+    Refused,    // the volume refuses the name (ntfs-3g with windows_names: EINVAL)
+    NoStreams,  // the volume keeps no extended attributes
+    Unknown,    // the question itself failed
+};
+[[nodiscard]] StreamName probeStreamName(const std::string& path, std::string_view name);

@@ -1,5 +1,6 @@
 #include "stores/ntfs_streams.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -15,6 +16,9 @@ constexpr std::string_view kSummaryStream =
     "SummaryInformation";
 constexpr std::string_view kMarkerStream = "{4c8cc155-6c1e-11d1-8e41-00c04fb9386d}";
 constexpr std::string_view kOldStream = "description";
+constexpr std::string_view kSambaPrefix = "DosStream.";
+constexpr std::string_view kSambaSuffix = ":$DATA";
+constexpr std::string_view kSambaAttributes = "DOSATTRIB";
 
 class HostStreams : public StreamAccess {
 public:
@@ -28,7 +32,53 @@ public:
                          std::string_view bytes) override {
         return replaceStream(path, name, bytes);
     }
+    StreamStatus remove(const std::string& path, std::string_view name) override {
+        return removeStream(path, name);
+    }
+    StreamStatus streamNames(const std::string& path, std::string& names) override {
+        return listStreams(path, names);
+    }
 };
+
+std::string sambaName(std::string_view name) {
+    return std::string(kSambaPrefix) + std::string(name) + std::string(kSambaSuffix);
+}
+
+// Samba keeps one zero byte after a stream's bytes.
+std::string sambaValue(std::string_view bytes) {
+    return std::string(bytes) + '\0';
+}
+
+// A stream in our naming, else in Samba's.
+StreamStatus readEitherNaming(const std::string& target, std::string_view name, std::string& bytes,
+                              StreamAccess& streams) {
+    StreamStatus status = streams.read(target, name, bytes);
+    if (status != StreamStatus::Missing ||
+        streams.read(target, sambaName(name), bytes) != StreamStatus::Ok)
+        return status;
+    if (!bytes.empty() && bytes.back() == '\0')
+        bytes.pop_back();
+    return StreamStatus::Ok;
+}
+
+bool carriesSambaMarks(const std::string& target, StreamAccess& streams) {
+    std::string names;
+    if (streams.streamNames(target, names) != StreamStatus::Ok)
+        return false;
+    const std::vector<std::string_view> listed = splitNames(names);
+    return std::any_of(listed.begin(), listed.end(), [](std::string_view name) {
+        return name == kSambaAttributes || name.starts_with(kSambaPrefix);
+    });
+}
+
+// A Windows client of the share reads these; a summary that cannot be written there
+// (ext4 gives a file's attributes one block, now shared with ours) is removed so that
+// Windows shows no comment rather than an old one.
+void writeSambaStreams(const std::string& target, std::string_view summary, StreamAccess& streams) {
+    if (streams.replace(target, sambaName(kSummaryStream), sambaValue(summary)) != StreamStatus::Ok)
+        (void)streams.remove(target, sambaName(kSummaryStream));
+    (void)streams.replace(target, sambaName(kMarkerStream), sambaValue(""));
+}
 
 // Only regular files get their time back: folders and system entries are left alone.
 std::optional<std::int64_t> keptLastWriteTime(const std::string& target) {
@@ -42,7 +92,7 @@ std::optional<std::int64_t> keptLastWriteTime(const std::string& target) {
 std::string summaryStreamFor(const std::string& target, std::string_view text,
                              StreamAccess& streams) {
     std::string old;
-    if (streams.read(target, kSummaryStream, old) != StreamStatus::Ok || old.empty())
+    if (readEitherNaming(target, kSummaryStream, old, streams) != StreamStatus::Ok || old.empty())
         return createSummaryInfo(text);
     return updateSummaryInfo(old, text);
 }
@@ -51,11 +101,13 @@ std::string summaryStreamFor(const std::string& target, std::string_view text,
 void emptyOldStream(const std::string& target, StreamAccess& streams) {
     if (streams.exists(target, kOldStream) == StreamStatus::Ok)
         (void)streams.replace(target, kOldStream, "");
+    if (streams.exists(target, sambaName(kOldStream)) == StreamStatus::Ok)
+        (void)streams.replace(target, sambaName(kOldStream), sambaValue(""));
 }
 
 std::string streamText(const std::string& target, std::string_view name, StreamAccess& streams) {
     std::string bytes;
-    if (streams.read(target, name, bytes) != StreamStatus::Ok)
+    if (readEitherNaming(target, name, bytes, streams) != StreamStatus::Ok)
         return {};
     return bytes;
 }
@@ -91,6 +143,7 @@ WriteResult updateNTFSDesc(const SharedState& state, EditorState& editor) {
 WriteResult updateNTFSDesc(const SharedState& state, EditorState& editor, StreamAccess& streams) {
     const std::string& target = state.target.targetFileFullPathname;
     std::optional<std::int64_t> lastWrite = keptLastWriteTime(target);
+    const bool samba = carriesSambaMarks(target, streams);
     std::string summary = summaryStreamFor(target, editor.text(), streams);
     StreamStatus status = streams.replace(target, kSummaryStream, summary);
     if (status == StreamStatus::Ok)
@@ -103,6 +156,8 @@ WriteResult updateNTFSDesc(const SharedState& state, EditorState& editor, Stream
             editor.setExportChecked(true);
         return WriteResult::Error;
     }
+    if (samba)
+        writeSambaStreams(target, summary, streams);
     emptyOldStream(target, streams);
     if (lastWrite && fileExists(target))
         (void)modTime::setFileTimes(target, *lastWrite);

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "stores/summary_info_codec.h"
+#include "tests/loop_volume.h"
 #include "tests/temp_dir.h"
 
 namespace {
@@ -31,7 +32,6 @@ using Time = std::pair<std::int64_t, long>;
 const Time kTenFifteenThirty{1678788930, 0};  // 2023-03-14 10:15:30 UTC
 const Time kWithFraction{1678788930, 750'000'000};
 const Time kWriteTime{978307200, 0};  // 2001-01-01 00:00:00 UTC
-constexpr long kFuseMagic = 0x65735546;
 
 void setLastWrite(const std::string& path, Time time) {
     struct timespec times[2]{{0, UTIME_OMIT}, {static_cast<time_t>(time.first), time.second}};
@@ -48,16 +48,6 @@ Time lastWriteOf(const std::string& path) {
 std::optional<std::string> streamOf(const std::string& path, const std::string& name) {
     std::string bytes;
     return readStream(path, name, bytes) == StreamStatus::Ok ? std::optional(bytes) : std::nullopt;
-}
-
-// Runs a shell command to its end, its stdout into `output` (else /dev/null); its exit code.
-int run(const std::string& command, std::string* output = nullptr) {
-    FILE* pipe = ::popen((command + (output ? "" : " >/dev/null") + " 2>/dev/null").c_str(), "r");
-    char buffer[4096];
-    for (std::size_t got; pipe && (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        output->append(buffer, got);
-    const int status = pipe ? ::pclose(pipe) : -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 long fileSystemOf(const std::string& path) {
@@ -186,34 +176,18 @@ TEST_F(NtfsStreamsTest, SomeoneElsesFileIsLeftAloneSilently) {
     EXPECT_EQ(streamOf(file_, kSummary), std::nullopt);
 }
 
-// A FUSE volume in an image file on a loop device, unmounted and detached by TearDown
-// whatever the test did; file_ lies on it. On a block device FUSE mounts as fuseblk,
-// whose unmount returns once the volume is written.
+// file_ lies on a FUSE volume of its own.
 class VolumeTest : public NtfsStreamsTest {
 protected:
     void mountVolume(const std::string& mkfs, const std::string& mount) {
-        if (run("truncate -s 8M " + image_) != 0 || run(mkfs + " " + image_) != 0)
-            GTEST_SKIP() << "cannot make the image with " << mkfs;
-        if (run("losetup -f --show " + image_, &loop_) != 0 || loop_.empty())
-            GTEST_SKIP() << "no loop device for the image";
-        loop_.erase(loop_.find_last_not_of('\n') + 1);
-        mounted_ = run(mount + " " + loop_ + " " + mountPoint_) == 0;
-        if (!mounted_ || fileSystemOf(mountPoint_) != kFuseMagic)
-            GTEST_SKIP() << "cannot mount the volume with " << mount << " (no FUSE here?)";
-        file_ = mountPoint_ + "/plan.txt";
+        if (std::string reason = volume_.mount(mkfs, mount); !reason.empty())
+            GTEST_SKIP() << reason;
+        file_ = volume_.mountPoint() + "/plan.txt";
         ASSERT_EQ(::close(::open(file_.c_str(), O_CREAT | O_WRONLY, 0644)), 0);
     }
-    void unmount() {
-        EXPECT_TRUE(!std::exchange(mounted_, false) || run("umount " + mountPoint_) == 0);
-    }
-    void TearDown() override {
-        unmount();
-        if (!loop_.empty())
-            (void)run("losetup -d " + loop_);
-    }
+    void unmount() { EXPECT_TRUE(volume_.unmount()); }
 
-    std::string image_ = dir_ / "volume.img", mountPoint_ = dir_.mkdir("mnt"), loop_;
-    bool mounted_ = false;
+    LoopVolume volume_{dir_};
 };
 
 struct NtfsVolumeTest : VolumeTest {
@@ -225,7 +199,9 @@ TEST_F(NtfsVolumeTest, WritesTheRealAlternateDataStreams) {
     ASSERT_EQ(save(file_, text), WriteResult::Ok);
     unmount();
     std::string bytes;
-    EXPECT_EQ(run("ntfscat -f " + image_ + " /plan.txt -a DATA -n '" + kSummary + "'", &bytes), 0);
+    EXPECT_EQ(runShell("ntfscat -f " + volume_.image() + " /plan.txt -a DATA -n '" + kSummary + "'",
+                       &bytes),
+              0);
     EXPECT_EQ(bytes, createSummaryInfo(text));
 }
 

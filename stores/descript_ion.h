@@ -1,0 +1,76 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "contracts/prompter.h"
+#include "contracts/shared_state.h"
+
+// The per-folder description file "descript.ion" of 4DOS/4NT, Total Commander, Double
+// Commander and Far: one entry per item, `NAME DESCRIPTION`, NAME in double quotes when
+// it holds a blank. The file's name is matched without letter case. The program never
+// creates one; where one exists, a save keeps the target's entry in it.
+//
+// Each writer keeps a multi-line description its own way, and all three read back with
+// their line breaks:
+//     a.txt First\xA0Second               breaks as U+00A0 in a UTF-8 or UTF-16 file
+//                                          (Double Commander)
+//     a.txt First\nSecond\x04\xC2          "\n" for each break, the line ending in the
+//                                          bytes 04 C2 (Total Commander)
+//     a.txt First                          continuation lines that start with a blank or
+//      Second                              a tab (Far)
+// Encodings: UTF-8 with or without BOM, UTF-16LE with BOM, otherwise 8-bit text read
+// as Windows-1252 (a valid UTF-8 sequence in it reads as UTF-8).
+
+// How long a writer waits for another copy of the program to finish rewriting a file
+// in the same folder.
+inline constexpr std::chrono::milliseconds kDescriptIonLockTimeout{10000};
+
+// The folder's description file ("descript.ion" whatever its letter case; the
+// lower-case name first where several exist); "" when there is none. `folder` ends in "/".
+[[nodiscard]] std::string descriptIonFile(const std::string& folder);
+
+// Every entry's description (CR LF breaks) by its name in upper case; the first entry
+// of a name counts.
+[[nodiscard]] std::unordered_map<std::string, std::string> descriptIonEntries(
+    std::string_view fileBytes);
+
+// The description of the entry for `name` in a file's bytes, CR LF breaks, nothing
+// trimmed but the separator after the name; nullopt when no entry names it. The first
+// entry counts.
+[[nodiscard]] std::optional<std::string> descriptionIn(std::string_view fileBytes,
+                                                       std::string_view name);
+
+// The file's bytes with the entry for `name` replaced (where the first one stood; later
+// ones removed), added at the end, or removed when `description` is nullopt or holds
+// nothing but line breaks. Every other line stays byte for byte, and the file keeps its
+// encoding, BOM and line ends. A multi-line description takes the form that the
+// file's own reader shows: U+00A0 breaks in a UTF-8 or UTF-16 file, Total Commander's
+// in an 8-bit one. nullopt when no entry is left: the file goes. A name that the
+// format cannot hold (a quote with a blank, or a leading quote) leaves the bytes as
+// they are.
+[[nodiscard]] std::optional<std::string> withEntry(std::string_view fileBytes,
+                                                   std::string_view name,
+                                                   std::optional<std::string_view> description);
+
+// The target's description from the description file of its folder; nullopt when
+// there is no file, no entry, or the file cannot be read.
+[[nodiscard]] std::optional<std::string> readDescriptIon(const TargetPaths& target);
+
+// Every entry of a description file (as descriptIonEntries()); nullopt when `file` is ""
+// or cannot be read.
+[[nodiscard]] std::optional<std::unordered_map<std::string, std::string>> readDescriptIonEntries(
+    const std::string& file);
+
+// Where the target's folder has a description file, replaces the target's entry with
+// state.targetFileDesc, or removes it while removeTargetFileDescFlag is 1; a file left
+// without entries is deleted. The file is replaced atomically under a lock on the
+// folder (the one the folder index takes), keeping its mode. On failure, or when the
+// lock is not had within `lockTimeout`, shows "Error: Problem while updating
+// 'descript.ion' file." and returns Error; the old file is then left as it was.
+[[nodiscard]] WriteResult updateDescriptIon(
+    const SharedState& state, Prompter& prompter,
+    std::chrono::milliseconds lockTimeout = kDescriptIonLockTimeout);
