@@ -74,7 +74,7 @@ std::optional<std::string> BatchReader::descriptIonDesc(const TargetPaths& targe
         m_descriptIon = readDescriptIonEntries(descriptIonFile(m_folder));
     if (!*m_descriptIon)
         return std::nullopt;
-    auto entry = (*m_descriptIon)->find(upperCase(target.targetFile));
+    auto entry = (*m_descriptIon)->find(descriptIonKey(target.targetFile));
     return entry == (*m_descriptIon)->end() ? std::nullopt : std::optional(entry->second);
 }
 

@@ -1,5 +1,5 @@
-// Feeds arbitrary bytes to the descript.ion store as the file's content, for a bare and
-// a quoted name, and checks what must hold for any file: reading never crashes; after
+// Feeds arbitrary bytes to the descript.ion store as the file's content, for a bare, a
+// quoted and a not-UTF-8 name, and checks what must hold for any file: reading never crashes; after
 // the target's entry is written it reads back exactly, whatever the file's encoding; after
 // it is removed the file is gone or has no entry for the target.
 #include <cstddef>
@@ -32,5 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     writeAndRemove(bytes, "plan.txt");
     writeAndRemove(bytes, "My Plan.txt");
+    writeAndRemove(bytes,
+                   "caf\xE9 \xC3\xA9"
+                   ".txt");  // a name that is not UTF-8
     return 0;
 }

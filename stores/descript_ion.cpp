@@ -219,19 +219,28 @@ std::string joined(const std::vector<std::string_view>& lines, std::string_view 
     return out;
 }
 
-// The new head line in the file's encoding. An 8-bit file takes Windows-1252 where the
-// text fits it; a character beyond it keeps its UTF-8 bytes, so nothing is lost.
+std::string quotedName(std::string_view name) {
+    return hasBlank(name) ? '"' + std::string(name) + '"' : std::string(name);
+}
+
+// Windows-1252 where the text fits it; otherwise its bytes as they are (UTF-8, or a
+// file name that is not UTF-8), so nothing is lost.
+std::string eightBit(std::string_view text) {
+    return encodeCodePage(text, 1252).value_or(std::string(text));
+}
+
+// The new head line in the file's encoding. A Unicode file names the item as this
+// program reads its name; an 8-bit file keeps the name's own bytes where they are not
+// UTF-8, as the file system holds them.
 std::optional<std::string> encodedEntry(std::string_view name,
                                         const std::vector<std::string_view>& lines,
                                         Encoding encoding) {
-    std::string text = hasBlank(name) ? '"' + std::string(name) + '"' : std::string(name);
-    text += ' ';
+    const std::string head = quotedName(decodeFileText(name)) + ' ';
     if (encoding == Encoding::Utf16Le)
-        return encodeCodePage(text + joined(lines, kNoBreakSpace), 1200);
+        return encodeCodePage(head + joined(lines, kNoBreakSpace), 1200);
     if (encoding == Encoding::Utf8)
-        return text + joined(lines, kNoBreakSpace);
-    text += joined(lines, kEscapedBreak);
-    std::string bytes = encodeCodePage(text, 1252).value_or(text);
+        return head + joined(lines, kNoBreakSpace);
+    std::string bytes = eightBit(quotedName(name)) + ' ' + eightBit(joined(lines, kEscapedBreak));
     return lines.size() > 1 ? bytes + std::string(kMultiLineMark) : bytes;
 }
 
@@ -309,7 +318,7 @@ std::optional<std::string> rewritten(std::string_view fileBytes, std::string_vie
         !lines.empty())
         entry = encodedEntry(name, lines, file.encoding);
 
-    const std::string upperName = upperCase(name);
+    const std::string upperName = descriptIonKey(name);
     std::string out(file.bom);
     bool kept = false;
     for (std::size_t i = 0; i < file.raw.size(); ++i) {
@@ -351,6 +360,10 @@ std::optional<std::string> withoutEntries(std::string_view fileBytes, std::strin
 
 }  // namespace
 
+std::string descriptIonKey(std::string_view name) {
+    return upperCase(decodeFileText(name));
+}
+
 std::string descriptIonFile(const std::string& folder) {
     if (fileExists(folder + std::string(kFileName)))
         return folder + std::string(kFileName);
@@ -385,7 +398,7 @@ std::unordered_map<std::string, std::string> descriptIonEntries(std::string_view
 
 std::optional<std::string> descriptionIn(std::string_view fileBytes, std::string_view name) {
     auto entries = descriptIonEntries(fileBytes);
-    auto entry = entries.find(upperCase(name));
+    auto entry = entries.find(descriptIonKey(name));
     if (entry == entries.end())
         return std::nullopt;
     return std::move(entry->second);
@@ -412,7 +425,7 @@ std::optional<std::string> readDescriptIon(const TargetPaths& target) {
     auto entries = readDescriptIonEntries(descriptIonFile(target.indexFilePath));
     if (!entries)
         return std::nullopt;
-    auto entry = entries->find(upperCase(target.targetFile));
+    auto entry = entries->find(descriptIonKey(target.targetFile));
     if (entry == entries->end())
         return std::nullopt;
     return std::move(entry->second);

@@ -33,8 +33,12 @@ inline constexpr std::chrono::milliseconds kDescriptIonLockTimeout{10000};
 // lower-case name first where several exist); "" when there is none. `folder` ends in "/".
 [[nodiscard]] std::string descriptIonFile(const std::string& folder);
 
-// Every entry's description (CR LF breaks) by its name in upper case; the first entry
-// of a name counts.
+// An item's name as entries are looked up: read as the file's lines are (bytes that are
+// not UTF-8 as Windows-1252), letter case ignored.
+[[nodiscard]] std::string descriptIonKey(std::string_view name);
+
+// Every entry's description (CR LF breaks) by its descriptIonKey(); the first entry of
+// a name counts.
 [[nodiscard]] std::unordered_map<std::string, std::string> descriptIonEntries(
     std::string_view fileBytes);
 

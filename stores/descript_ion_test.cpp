@@ -97,6 +97,8 @@ TEST(DescriptIonTest, RewritesOnlyTheTargetsEntry) {
         EXPECT_EQ(withEntry(before, "plan.txt", description), after);
     }
     EXPECT_EQ(withEntry("a.txt x\n", "My Plan.txt", "Q"), "a.txt x\n\"My Plan.txt\" Q\n");
+    // A file name that is not UTF-8 keeps its bytes in an 8-bit file, and finds its entry.
+    EXPECT_EQ(withEntry("caf\xE9.txt old\n", "caf\xE9.txt", "\xE2\x82\xAC"), "caf\xE9.txt \x80\n");
     for (std::string_view unwritable : {"\"quoted", "my \"plan\".txt"})
         EXPECT_EQ(withEntry("a.txt x\n", unwritable, "Q"), "a.txt x\n") << unwritable;
 }
