@@ -1,7 +1,6 @@
 #include "stores/descript_ion.h"
 
 #include <dirent.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -267,14 +266,12 @@ std::error_code readLimited(const std::string& path, std::string& bytes) {
     return ec ? ec : readWholeFile(path, bytes);
 }
 
-// The new file replaces the old one whole, with the old one's permissions.
-std::error_code replaceKeepingMode(const std::string& path, std::string_view bytes) {
+// The new file replaces the old one whole, with the old one's permissions; the caller
+// holds the folder's lock.
+std::error_code replaceUnderLock(const std::string& path, std::string_view bytes) {
     AtomicFile out(path);
     if (auto ec = out.open())
         return ec;
-    struct stat st {};
-    if (::stat(path.c_str(), &st) == 0)
-        (void)::chmod(out.tempPath().c_str(), st.st_mode & 07777);
     out.write(bytes);
     return out.commit();
 }
@@ -292,7 +289,7 @@ std::error_code rewriteUnderLock(const SharedState& state, const std::string& fi
     // Root may write anything; a file that its owner may not write fails for root too.
     if (isReadOnlyFile(file))
         return std::make_error_code(std::errc::permission_denied);
-    return updated ? replaceKeepingMode(file, *updated) : removeFile(file);
+    return updated ? replaceUnderLock(file, *updated) : removeFile(file);
 }
 
 std::error_code rewrite(const SharedState& state, std::chrono::milliseconds lockTimeout) {

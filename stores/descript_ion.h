@@ -8,6 +8,7 @@
 
 #include "contracts/prompter.h"
 #include "contracts/shared_state.h"
+#include "platform/folder_lock.h"
 
 // The per-folder description file "descript.ion" of 4DOS/4NT, Total Commander, Double
 // Commander and Far: one entry per item, `NAME DESCRIPTION`, NAME in double quotes when
@@ -24,10 +25,6 @@
 //      Second                              a tab (Far)
 // Encodings: UTF-8 with or without BOM, UTF-16LE with BOM, otherwise 8-bit text read
 // as Windows-1252 (a valid UTF-8 sequence in it reads as UTF-8).
-
-// How long a writer waits for another copy of the program to finish rewriting a file
-// in the same folder.
-inline constexpr std::chrono::milliseconds kDescriptIonLockTimeout{10000};
 
 // The folder's description file ("descript.ion" whatever its letter case; the
 // lower-case name first where several exist); "" when there is none. `folder` ends in "/".
@@ -77,4 +74,4 @@ inline constexpr std::chrono::milliseconds kDescriptIonLockTimeout{10000};
 // 'descript.ion' file." and returns Error; the old file is then left as it was.
 [[nodiscard]] WriteResult updateDescriptIon(
     const SharedState& state, Prompter& prompter,
-    std::chrono::milliseconds lockTimeout = kDescriptIonLockTimeout);
+    std::chrono::milliseconds lockTimeout = kFolderLockTimeout);

@@ -106,7 +106,7 @@ TEST(DescriptIonTest, RewritesOnlyTheTargetsEntry) {
 class DescriptIonFileTest : public StoreFixture {
 protected:
     WriteResult save(const std::string& text,
-                     std::chrono::milliseconds timeout = kDescriptIonLockTimeout) {
+                     std::chrono::milliseconds timeout = kFolderLockTimeout) {
         state_.targetFileDesc = text;
         state_.removeTargetFileDescFlag = text.empty() ? 1 : 0;
         return updateDescriptIon(state_, prompter_, timeout);
