@@ -1,6 +1,5 @@
 #include <ostream>
 
-#include "cli/json_lines.h"
 #include "cli/listing.h"
 #include "cli/progress.h"
 #include "cli/verbs.h"
@@ -24,11 +23,7 @@ int runFind(Session& session, const FindCall& call) {
         found = true;
         if (!call.json) {
             out << entry.path << '\n';
-        } else if (auto line = jsonLine({entry.path, entry.text, sourceName(entry.found.status)})) {
-            out << *line << '\n';
-        } else {
-            session.complain(entry.path +
-                             ": the name is not UTF-8, which JSON cannot hold; left out");
+        } else if (!writeJsonLine(session, entry)) {
             lost = true;
         }
     });

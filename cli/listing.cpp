@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "cli/json_lines.h"
 #include "platform/code_page.h"
 #include "platform/files.h"
 
@@ -17,6 +18,15 @@ bool isExportedFileName(const std::string& name) {
 }
 
 }  // namespace
+
+bool writeJsonLine(Session& session, const ListedEntry& entry) {
+    if (auto line = jsonLine({entry.path, entry.text, sourceName(entry.found.status)})) {
+        session.streams.out << *line << '\n';
+        return true;
+    }
+    session.complain(entry.path + ": the name is not UTF-8, which JSON cannot hold; left out");
+    return false;
+}
 
 Listing::Listing(Session& session, const std::string& top)
     : m_session(session), m_reader(session.failsafeFile(), top) {}

@@ -1,6 +1,5 @@
 #include <ostream>
 
-#include "cli/json_lines.h"
 #include "cli/listing.h"
 #include "cli/verbs.h"
 
@@ -26,11 +25,7 @@ int runLs(Session& session, const LsCall& call) {
             return;
         if (!call.json) {
             out << entry.name << '\t' << firstLine(entry.text) << '\n';
-        } else if (auto line = jsonLine({entry.path, entry.text, sourceName(entry.found.status)})) {
-            out << *line << '\n';
-        } else {
-            session.complain(entry.path +
-                             ": the name is not UTF-8, which JSON cannot hold; left out");
+        } else if (!writeJsonLine(session, entry)) {
             result = kFailed;
         }
     });

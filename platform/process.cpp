@@ -9,15 +9,25 @@
 #include <chrono>
 #include <thread>
 
+namespace {
+
+// The arguments as exec wants them: pointers into `argv`, ended by a null pointer.
+std::vector<char*> execArguments(const std::vector<std::string>& argv) {
+    std::vector<char*> args;
+    for (const auto& a : argv)
+        args.push_back(const_cast<char*>(a.c_str()));
+    args.push_back(nullptr);
+    return args;
+}
+
+}  // namespace
+
 // Forks twice so that the started program is adopted by init: we never wait for it
 // and it never lingers as a zombie of ours.
 std::error_code startDetached(const std::vector<std::string>& argv) {
     if (argv.empty())
         return std::make_error_code(std::errc::invalid_argument);
-    std::vector<char*> args;
-    for (const auto& a : argv)
-        args.push_back(const_cast<char*>(a.c_str()));
-    args.push_back(nullptr);
+    std::vector<char*> args = execArguments(argv);
 
     int pipeFds[2];
     if (::pipe2(pipeFds, O_CLOEXEC) != 0)
@@ -62,10 +72,7 @@ std::error_code runAndWait(const std::vector<std::string>& argv, int& exitStatus
     exitStatus = -1;
     if (argv.empty())
         return std::make_error_code(std::errc::invalid_argument);
-    std::vector<char*> args;
-    for (const auto& a : argv)
-        args.push_back(const_cast<char*>(a.c_str()));
-    args.push_back(nullptr);
+    std::vector<char*> args = execArguments(argv);
     pid_t child = 0;
     if (int err = ::posix_spawnp(&child, args[0], nullptr, nullptr, args.data(), environ))
         return {err, std::generic_category()};
