@@ -14,12 +14,11 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <sstream>
 #include <thread>
 
 #include "platform/code_page.h"
 #include "platform/lookup.h"
-#include "tests/temp_dir.h"
+#include "tests/cli_fixture.h"
 
 extern char** environ;
 
@@ -29,17 +28,8 @@ using Args = std::vector<std::string>;
 
 const std::string kTenMegabytes(10 << 20, 'x');
 
-class CliTest : public ::testing::Test {
+class CliTest : public CliFixture {
 protected:
-    // Runs veskor-cli with the arguments and standard input into out_ and err_.
-    int run(Args args, const std::string& input = "") {
-        std::istringstream in(input);
-        out_.str("");
-        err_.str("");
-        return runCli(args, program_.path(), {in, out_, err_});
-    }
-    std::string failsafeFile() const { return failsafeFolder() + "/ver1.7.dat"; }
-    std::string failsafeFolder() const { return home_.dataHome() + "/Kelvane/Veskor/failsafe db"; }
     std::string indexFile() const { return docs_ / "00_index.txt"; }
     // A failsafe record as the database keeps it; `key` is the upper-cased path.
     std::string record(const std::string& text, std::string key = "") const {
@@ -48,10 +38,7 @@ protected:
                "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n";
     }
 
-    TempHome home_;
-    TempDir program_, docs_;
     std::string target_ = docs_.write("plan.txt", "content");
-    std::ostringstream out_, err_;
 };
 
 // The name has blanks, quotes and non-ASCII letters. Standard input loses one final line
@@ -163,12 +150,15 @@ int waitFor(pid_t pid) {
     return status;
 }
 
-// Every record is three lines, so a lost or torn record shows in the count.
+// Every record is three lines and every index entry one, so a lost or torn entry shows
+// in the count; the leftover of a killed save is gone afterwards.
 TEST_F(CliTest, ConcurrentSavesKeepEveryRecord) {
     std::string db;
     for (int i = 0; i < 50000; ++i)
         db += record("record", upperCase(docs_ / ("old" + std::to_string(i))));
     writeFileBytes(failsafeFile(), db);
+    writeFileBytes(indexFile(), "plan.txt     Kept\r\n");
+    docs_.write("00_index.txt.tmp", "left by a killed save");
     std::vector<pid_t> children;
     for (int i = 0; i < 12; ++i) {
         const std::string n = std::to_string(i);
@@ -178,6 +168,9 @@ TEST_F(CliTest, ConcurrentSavesKeepEveryRecord) {
         EXPECT_EQ(waitFor(pid), 0);
     db = readFileBytes(failsafeFile());
     EXPECT_EQ(std::count(db.begin(), db.end(), '\n'), 3 * 50012);
+    const std::string index = readFileBytes(indexFile());
+    EXPECT_EQ(std::count(index.begin(), index.end(), '\n'), 1 + 12);
+    EXPECT_FALSE(std::filesystem::exists(indexFile() + ".tmp"));
 }
 
 // A save killed right after any step that changes a file on disk leaves the failsafe
