@@ -2,45 +2,27 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/temp_dir.h"
 
-namespace {
-
-// An installation's layout below a temporary prefix: the program in bin/, its files
-// in share/veskor/.
-class ShippedFilesTest : public ::testing::Test {
-protected:
-    std::string bin() const { return dir_.mkdir("prefix/bin") + "/"; }
-    std::string installed(std::string_view name) const {
-        return dir_.write("prefix/share/veskor/" + std::string(name), "x");
-    }
-    std::string beside(std::string_view name) const {
-        return dir_.write("prefix/bin/" + std::string(name), "x");
-    }
-
-    TempDir dir_;
-};
-
-TEST_F(ShippedFilesTest, TakesTheCopyBesideTheProgramFirstThenTheInstalledOne) {
-    const std::string appPath = bin();
+// An installation's layout below a temporary prefix: the program in bin/, its files in
+// share/veskor/. The copy beside the program (a build folder or a portable copy) wins.
+TEST(ShippedFilesTest, TakesTheCopyBesideTheProgramFirstThenTheInstalledOne) {
+    TempDir dir;
+    const std::string appPath = dir.mkdir("prefix/bin") + "/";
+    auto help = [&] { return shippedFile(appPath, "../share/veskor", "help.html"); };
     // Neither: the place beside the program, which is what a message should name.
-    EXPECT_EQ(shippedFile(appPath, "../share/veskor", "help.html"), appPath + "help.html");
+    EXPECT_EQ(help(), appPath + "help.html");
 
-    // Installed only: the path comes out without "..".
-    const std::string installedHelp = installed("help.html");
-    EXPECT_EQ(shippedFile(appPath, "../share/veskor", "help.html"), installedHelp);
-    EXPECT_EQ(installedHelp, dir_.path() + "prefix/share/veskor/help.html");
+    // Installed only: the path comes out without "..", also beside a folder of its name.
+    dir.write("prefix/share/veskor/help.html", "x");
+    const std::string installedHelp = dir.path() + "prefix/share/veskor/help.html";
+    EXPECT_EQ(help(), installedHelp);
+    dir.mkdir("prefix/bin/help.html");
+    EXPECT_EQ(help(), installedHelp);
 
-    // A copy beside the program wins: a build folder or a portable copy.
-    beside("help.html");
-    EXPECT_EQ(shippedFile(appPath, "../share/veskor", "help.html"), appPath + "help.html");
+    std::filesystem::remove(appPath + "help.html");
+    dir.write("prefix/bin/help.html", "x");
+    EXPECT_EQ(help(), appPath + "help.html");
 }
-
-TEST_F(ShippedFilesTest, AFolderOfTheFilesNameIsNotTheFile) {
-    const std::string appPath = bin();
-    dir_.mkdir("prefix/bin/help.html");
-    const std::string installedHelp = installed("help.html");
-    EXPECT_EQ(shippedFile(appPath, "../share/veskor", "help.html"), installedHelp);
-}
-
-}  // namespace
