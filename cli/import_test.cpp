@@ -65,14 +65,11 @@ TEST_F(ImportTest, AnExportAWipeAndAnImportGiveBackTheSameDescriptions) {
 TEST_F(ImportTest, AnImportStoresEveryLineItCanAndNamesTheOthers) {
     docs_.write("a.txt", "x");
     docs_.write("z.txt", "x");
-    const std::string lines = "{\"path\":\"" + docs_ / "a.txt" +
-                              "\",\"description\":\"A\"}\n"
-                              "{\"path\":\"" +
-                              docs_ / "gone.txt" +
-                              "\",\"description\":\"lost\"}\n"
-                              "not json\n\n"
-                              "{\"path\":\"" +
-                              docs_ / "z.txt" + "\",\"description\":\"Z\"}\n";
+    auto line = [&](const std::string& name, const std::string& text) {
+        return "{\"path\":\"" + docs_ / name + "\",\"description\":\"" + text + "\"}\n";
+    };
+    const std::string lines =
+        line("a.txt", "A") + line("gone.txt", "lost") + "not json\n\n" + line("z.txt", "Z");
     const std::string file = docs_.write("descriptions.jsonl", lines);
     EXPECT_EQ(run({"import", file}), 1);
     EXPECT_EQ(out_.str(), "skipped (missing): " + docs_ / "gone.txt\n" +

@@ -10,40 +10,34 @@
 
 namespace {
 
-class ListingTest : public CliFixture {
-protected:
-    // One entry described in each store, in a folder with an undescribed file, a
-    // described folder holding a described file, and a link to that folder.
-    void describeOneEntryPerStore() {
-        for (const char* name : {"B.txt", "exported.txt", "old.txt", "summary.txt", "indexed.txt",
-                                 "failsafe.txt", "Sub/deep.txt"})
-            docs_.write(name, "x");
-        describe(docs_ / "Sub", "The sub folder");
-        describe(docs_ / "Sub/deep.txt", "Deep, with a NEEDLE");
-        describe(docs_ / "summary.txt", "In the summary\r\n");
-        docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
-        ASSERT_EQ(replaceStream(docs_ / "old.txt", "description", "Old\r\nstream"),
-                  StreamStatus::Ok);
-        writeFileBytes(docs_ / "00_index.txt", readFileBytes(docs_ / "00_index.txt") +
-                                                   "indexed.txt  Indexed\r\n             "
-                                                   "second\r\n");
-        const std::string key = upperCase(docs_ / "failsafe.txt");
-        writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) +
-                                           "Veskor failsafe DB 1.7 BEGIN " + key +
-                                           "\r\nneedle in the failsafe\r\n"
-                                           "Veskor failsafe DB 1.7 END " +
-                                           key + "\r\n");
-        ASSERT_EQ(::symlink((docs_ / "Sub").c_str(), (docs_ / "link").c_str()), 0);
-        // Other programs' stores, last in order: written after every save above.
-        ASSERT_EQ(replaceStream(docs_.write("comment.txt", "x"), "xdg.comment", "From the\nKDE"),
-                  StreamStatus::Ok);
-        docs_.write("ion.txt", "x");
-        docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
-    }
-};
+using ListingTest = CliFixture;
 
+// One entry described in each store, in a folder with an undescribed file, a described
+// folder holding a described file, and a link to that folder.
 TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
-    describeOneEntryPerStore();
+    for (const char* name : {"B.txt", "exported.txt", "old.txt", "summary.txt", "indexed.txt",
+                             "failsafe.txt", "Sub/deep.txt"})
+        docs_.write(name, "x");
+    describe(docs_ / "Sub", "The sub folder");
+    describe(docs_ / "Sub/deep.txt", "Deep, with a NEEDLE");
+    describe(docs_ / "summary.txt", "In the summary\r\n");
+    docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
+    ASSERT_EQ(replaceStream(docs_ / "old.txt", "description", "Old\r\nstream"), StreamStatus::Ok);
+    writeFileBytes(docs_ / "00_index.txt", readFileBytes(docs_ / "00_index.txt") +
+                                               "indexed.txt  Indexed\r\n             "
+                                               "second\r\n");
+    const std::string key = upperCase(docs_ / "failsafe.txt");
+    writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) + "Veskor failsafe DB 1.7 BEGIN " +
+                                       key +
+                                       "\r\nneedle in the failsafe\r\n"
+                                       "Veskor failsafe DB 1.7 END " +
+                                       key + "\r\n");
+    ASSERT_EQ(::symlink((docs_ / "Sub").c_str(), (docs_ / "link").c_str()), 0);
+    // Other programs' stores, last in order: written after every save above.
+    ASSERT_EQ(replaceStream(docs_.write("comment.txt", "x"), "xdg.comment", "From the\nKDE"),
+              StreamStatus::Ok);
+    docs_.write("ion.txt", "x");
+    docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
     ASSERT_EQ(run({"ls", docs_.path()}), 0) << err_.str();
     EXPECT_EQ(out_.str(),
               "Sub\tThe sub folder\n"
