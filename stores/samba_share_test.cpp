@@ -59,11 +59,19 @@ int loopbackSocket(int port, bool connectToIt) {
 }
 
 // smbd with a configuration and state of its own below the temporary folder, in a
-// process group of its own, which stop() and the destructor end, connections included.
+// process group of its own, which the destructor ends, connections included.
 class SambaServer {
 public:
     explicit SambaServer(const TempDir& dir) : m_dir(dir) {}
-    ~SambaServer() { stop(); }
+    ~SambaServer() {
+        if (m_pid <= 0)
+            return;
+        ::kill(-m_pid, SIGTERM);
+        for (int tries = 0; tries < 50 && ::waitpid(m_pid, nullptr, WNOHANG) == 0; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        ::kill(-m_pid, SIGKILL);
+        ::waitpid(m_pid, nullptr, 0);
+    }
 
     // "" when the server answers on its port, else why it does not.
     std::string start() {
@@ -89,17 +97,6 @@ public:
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
         }
         return "smbd did not start: " + readFileBytes(m_dir / "smb/smbd.log").substr(0, 300);
-    }
-
-    void stop() {
-        if (m_pid <= 0)
-            return;
-        ::kill(-m_pid, SIGTERM);
-        for (int tries = 0; tries < 50 && ::waitpid(m_pid, nullptr, WNOHANG) == 0; ++tries)
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        ::kill(-m_pid, SIGKILL);
-        ::waitpid(m_pid, nullptr, 0);
-        m_pid = -1;
     }
 
     // Runs smbclient's commands on the share as a guest; its exit code.
