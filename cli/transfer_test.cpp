@@ -117,7 +117,6 @@ TEST_F(TransferTest, AMoveToAnotherFileSystemKeepsTheDescriptionInTheFileItself)
     const auto mtime = std::filesystem::last_write_time(source);
     ASSERT_EQ(run({"mv", source, destination}), 0) << err_.str();
     EXPECT_FALSE(std::filesystem::exists(source));
-    EXPECT_EQ(readNTFSDesc(destination), "Kept across\r\nfile systems");
     EXPECT_EQ(get(destination), "Kept across\nfile systems\n");
     EXPECT_EQ(err_.str(), "Loaded from NTFS\n");
     EXPECT_EQ(std::filesystem::status(destination).permissions(), std::filesystem::perms(0604));
