@@ -67,7 +67,7 @@ std::optional<TargetPaths> Session::targetPathsOf(const std::string& path) {
     if (m_scratch.data.failsafeDBpath != state.data.failsafeDBpath)
         m_scratch.data = state.data;
     SilentPrompter silent;
-    if (acceptTarget(path, m_scratch, silent) == TargetResult::EndProgram ||
+    if (acceptTarget(path, m_scratch, silent, m_resolver) == TargetResult::EndProgram ||
         m_scratch.target.targetFileFullPathname != path)
         return std::nullopt;
     TargetPaths target = m_scratch.target;

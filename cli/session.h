@@ -9,6 +9,7 @@
 #include "core/load_sequence.h"
 #include "core/save_sequence.h"
 #include "core/stderr_prompter.h"
+#include "core/target.h"
 
 // What every verb stands on: the start-up's data folder and settings, the prompts on
 // standard error, and the one target or folder of the call.
@@ -48,7 +49,8 @@ public:
 
 private:
     std::string m_appPath;
-    SharedState m_scratch;  // targetPathsOf()'s, kept to spare an allocation per entry
+    SharedState m_scratch;    // targetPathsOf()'s, kept to spare an allocation per entry
+    PathResolver m_resolver;  // targetPathsOf()'s: each listed folder resolved once
 };
 
 // A prompter that says nothing and answers No: the checks of many entries at once.

@@ -40,12 +40,18 @@ std::string resolvedPath(const std::string& path) {
 // Whether the path lies in the failsafe folder, however either is spelled: with "//",
 // "." or "..", or through a link. The database itself must never become a target, or
 // a save would write a record for it into itself.
-bool insideFailsafeFolder(const std::string& path, const std::string& failsafeDBpath) {
+bool insideFailsafeFolder(const std::string& path, const std::string& failsafeDBpath,
+                          PathResolver& resolver) {
     if (failsafeDBpath.empty())
         return false;
     const std::string folder = withTrailingSeparator(failsafeDBpath);
     return beginsWithIgnoringCase(lexicallyNormal(path), lexicallyNormal(folder)) ||
-           beginsWithIgnoringCase(resolvedPath(path), resolvedPath(folder));
+           beginsWithIgnoringCase(resolver.resolved(path), resolver.resolvedFolder(folder));
+}
+
+// A name that resolves where its folder does, joined to it: not "." or "..", not empty.
+bool isPlainName(std::string_view name) {
+    return !name.empty() && name != "." && name != "..";
 }
 
 // The number of bytes that the ".DESCRIPTION" suffix takes at the end of the path, in
@@ -92,7 +98,40 @@ TargetResult resolveTarget(std::string_view argumentText, SharedState& state, Pr
     return acceptTarget(lexicallyNormal(path), state, prompter);
 }
 
+std::string PathResolver::resolved(const std::string& path) {
+    const std::string_view name = lastComponent(path);
+    if (!path.starts_with('/') || !isPlainName(name))
+        return resolvedPath(path);
+    std::error_code ec;
+    const auto type = std::filesystem::symlink_status(path, ec).type();
+    // A missing entry resolves under its folder too; a link, or an entry that cannot be
+    // looked at, takes the whole walk.
+    if (type == std::filesystem::file_type::symlink ||
+        (ec && type != std::filesystem::file_type::not_found))
+        return resolvedPath(path);
+    return resolvedIn(m_parent, std::string(folderOf(path))) + std::string(name);
+}
+
+const std::string& PathResolver::resolvedFolder(const std::string& folder) {
+    return resolvedIn(m_folder, folder);
+}
+
+const std::string& PathResolver::resolvedIn(Resolved& slot, const std::string& path) {
+    if (!slot.known || slot.path != path) {
+        slot.path = path;
+        slot.resolved = resolvedPath(path);
+        slot.known = true;
+    }
+    return slot.resolved;
+}
+
 TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompter) {
+    PathResolver resolver;
+    return acceptTarget(std::move(path), state, prompter, resolver);
+}
+
+TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompter,
+                          PathResolver& resolver) {
     // A line break in the name would split every line-based store's entry in two.
     if (path.find_first_of("\r\n") != std::string::npos)
         return refuse(prompter,
@@ -105,7 +144,7 @@ TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompt
                           path);
     if (lastComponent(path).empty())
         return refuse(prompter, "You cannot create descriptions for the root folder.");
-    if (insideFailsafeFolder(path, state.data.failsafeDBpath))
+    if (insideFailsafeFolder(path, state.data.failsafeDBpath, resolver))
         return refuse(prompter, "Don't do that.");
 
     // Opening an exported description file edits the description of its owner.

@@ -17,6 +17,28 @@
 
 enum class TargetResult { Accepted, EndProgram };
 
+// Where paths lead once links are followed, for checking the entries of a folder one
+// after another: the folder is resolved once while its entries come in a row, and an
+// entry that is no link then costs one look at the entry alone. Holds two folders at
+// most; a link changed while it is in use is seen only when another folder comes.
+class PathResolver {
+public:
+    // The path with links followed as far as it exists; its lexical form when it cannot
+    // be resolved. A trailing "/" is kept.
+    [[nodiscard]] std::string resolved(const std::string& path);
+    // The same for a folder that many calls ask about.
+    [[nodiscard]] const std::string& resolvedFolder(const std::string& folder);
+
+private:
+    struct Resolved {
+        std::string path, resolved;
+        bool known = false;
+    };
+    static const std::string& resolvedIn(Resolved& slot, const std::string& path);
+
+    Resolved m_parent, m_folder;
+};
+
 // Resolution of a command-line argument text: one enclosing quote removed at each end,
 // a relative path joined to the current folder and normalised lexically ("." and ".."
 // resolved, repeated separators folded, a trailing separator kept), then the checks
@@ -28,6 +50,9 @@ enum class TargetResult { Accepted, EndProgram };
 // breaks, the 243-character limit, the root folder, the failsafe folder and the
 // ".DESCRIPTION" suffix. Sets targetFileFullPathname and targetFile.
 [[nodiscard]] TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompter);
+// The same, resolving links through `resolver`, which a caller keeps for many targets.
+[[nodiscard]] TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompter,
+                                        PathResolver& resolver);
 
 enum class ExistenceResult {
     Exists,        // indexFilePath and indexFile are set; targetFileDesc is cleared

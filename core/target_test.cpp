@@ -113,6 +113,35 @@ TEST_F(TargetTest, RefusesTheFailsafeFolderHoweverEitherPathIsSpelled) {
               TargetResult::Accepted);
 }
 
+// A listing checks every entry with one resolver: an entry that is a link, or that lies in
+// a folder reached through one, is followed on its own, whatever entries came before it.
+TEST_F(TargetTest, OneResolverForManyEntriesStillRefusesTheFailsafeFolder) {
+    const std::string folder = state_.data.failsafeDBpath;
+    dir_.write("docs/Plan.txt", "x");
+    dir_.write("data/failsafe db/ver1.7.dat", "");
+    ASSERT_EQ(symlink((folder + "ver1.7.dat").c_str(), (dir_ / "docs/db.txt").c_str()), 0);
+    ASSERT_EQ(symlink(folder.c_str(), (dir_ / "docs/data").c_str()), 0);
+    // name, target, refused
+    const std::tuple<const char*, std::string, bool> rows[] = {
+        {"plain file", dir_ / "docs/Plan.txt", false},
+        {"link to the database beside it", dir_ / "docs/db.txt", true},
+        {"missing file beside it", dir_ / "docs/Gone.txt", false},
+        {"entry of a linked folder", dir_ / "docs/data/ver1.7.dat", true},
+        {"back in the first folder", dir_ / "docs/Plan.txt", false},
+        {"folder of its own through a link", dir_ / "docs/data", false},
+    };
+    PathResolver resolver;
+    for (const auto& [name, target, refused] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(resolver.resolved(target),
+                  std::filesystem::weakly_canonical(std::string(target)).string());
+        ScriptedPrompter prompter;
+        SharedState state = state_;
+        EXPECT_EQ(acceptTarget(target, state, prompter, resolver),
+                  refused ? TargetResult::EndProgram : TargetResult::Accepted);
+    }
+}
+
 // The picker's path is taken as it is, not normalised like an argument.
 TEST_F(TargetTest, TakesThePickersPathAndDerivesTheFolderPathsOfAnExistingTarget) {
     ASSERT_EQ(acceptTarget("/docs/./old/../Plan.txt", state_, prompter_), TargetResult::Accepted);
