@@ -51,7 +51,7 @@ bool Listing::listFolder(const std::string& folder,
         if (isExportedFileName(n.name))
             continue;
         // A name the editor refuses has no description.
-        auto target = m_session.targetPathsOf(entry.path);
+        auto target = m_session.targetPathsOf(entry.path, n.isLink);
         entry.name = n.name;
         entry.isFolder = n.isFolder;
         entry.found = target ? findDescription(*target, failsafe, m_reader) : FoundDescription();

@@ -63,6 +63,11 @@ std::optional<std::string> Session::openFolder(const std::string& path) {
     return folder;
 }
 
+std::optional<TargetPaths> Session::targetPathsOf(const std::string& path, bool isLink) {
+    m_resolver.knowEntry(path, isLink);
+    return targetPathsOf(path);
+}
+
 std::optional<TargetPaths> Session::targetPathsOf(const std::string& path) {
     if (m_scratch.data.failsafeDBpath != state.data.failsafeDBpath)
         m_scratch.data = state.data;

@@ -36,6 +36,8 @@ public:
     // lookup; nullopt where the editor would refuse it or it names another entry's
     // exported file.
     [[nodiscard]] std::optional<TargetPaths> targetPathsOf(const std::string& path);
+    // The same for an entry whose folder listing said whether it is a link.
+    [[nodiscard]] std::optional<TargetPaths> targetPathsOf(const std::string& path, bool isLink);
 
     std::string failsafeFile() const { return state.data.failsafeDBpath + "ver1.7.dat"; }
 

@@ -102,14 +102,25 @@ std::string PathResolver::resolved(const std::string& path) {
     const std::string_view name = lastComponent(path);
     if (!path.starts_with('/') || !isPlainName(name))
         return resolvedPath(path);
-    std::error_code ec;
-    const auto type = std::filesystem::symlink_status(path, ec).type();
-    // A missing entry resolves under its folder too; a link, or an entry that cannot be
-    // looked at, takes the whole walk.
-    if (type == std::filesystem::file_type::symlink ||
-        (ec && type != std::filesystem::file_type::not_found))
-        return resolvedPath(path);
+    if (path == m_knownEntry) {
+        m_knownEntry.clear();
+        if (m_knownIsLink)
+            return resolvedPath(path);
+    } else {
+        std::error_code ec;
+        const auto type = std::filesystem::symlink_status(path, ec).type();
+        // A missing entry resolves under its folder too; a link, or an entry that cannot
+        // be looked at, takes the whole walk.
+        if (type == std::filesystem::file_type::symlink ||
+            (ec && type != std::filesystem::file_type::not_found))
+            return resolvedPath(path);
+    }
     return resolvedIn(m_parent, std::string(folderOf(path))) + std::string(name);
+}
+
+void PathResolver::knowEntry(const std::string& path, bool isLink) {
+    m_knownEntry = path;
+    m_knownIsLink = isLink;
 }
 
 const std::string& PathResolver::resolvedFolder(const std::string& folder) {

@@ -26,6 +26,9 @@ public:
     // The path with links followed as far as it exists; its lexical form when it cannot
     // be resolved. A trailing "/" is kept.
     [[nodiscard]] std::string resolved(const std::string& path);
+    // Whether the entry at `path` is a link, as its folder's listing said: its next
+    // resolution is spared the look at the entry.
+    void knowEntry(const std::string& path, bool isLink);
     // The same for a folder that many calls ask about.
     [[nodiscard]] const std::string& resolvedFolder(const std::string& folder);
 
@@ -37,6 +40,8 @@ private:
     static const std::string& resolvedIn(Resolved& slot, const std::string& path);
 
     Resolved m_parent, m_folder;
+    std::string m_knownEntry;
+    bool m_knownIsLink = false;
 };
 
 // Resolution of a command-line argument text: one enclosing quote removed at each end,

@@ -130,15 +130,22 @@ TEST_F(TargetTest, OneResolverForManyEntriesStillRefusesTheFailsafeFolder) {
         {"back in the first folder", dir_ / "docs/Plan.txt", false},
         {"folder of its own through a link", dir_ / "docs/data", false},
     };
-    PathResolver resolver;
-    for (const auto& [name, target, refused] : rows) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(resolver.resolved(target),
-                  std::filesystem::weakly_canonical(std::string(target)).string());
-        ScriptedPrompter prompter;
-        SharedState state = state_;
-        EXPECT_EQ(acceptTarget(target, state, prompter, resolver),
-                  refused ? TargetResult::EndProgram : TargetResult::Accepted);
+    // Once looking at each entry, once told by the folder's listing which ones are links.
+    for (const bool told : {false, true}) {
+        PathResolver resolver;
+        for (const auto& [name, target, refused] : rows) {
+            SCOPED_TRACE(std::string(name) + (told ? ", told" : ""));
+            const std::string path = target;
+            if (told)
+                resolver.knowEntry(path, std::filesystem::is_symlink(path));
+            EXPECT_EQ(resolver.resolved(path), std::filesystem::weakly_canonical(path).string());
+            if (told)
+                resolver.knowEntry(path, std::filesystem::is_symlink(path));
+            ScriptedPrompter prompter;
+            SharedState state = state_;
+            EXPECT_EQ(acceptTarget(path, state, prompter, resolver),
+                      refused ? TargetResult::EndProgram : TargetResult::Accepted);
+        }
     }
 }
 

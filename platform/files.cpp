@@ -103,13 +103,16 @@ std::error_code readFolder(const std::string& folder, std::vector<FolderItem>& i
         if (name == "." || name == "..")
             continue;
         bool isFolder = entry->d_type == DT_DIR;
+        bool isLink = entry->d_type == DT_LNK;
         // Some file systems do not say what an entry is; ask then, without following links.
         if (entry->d_type == DT_UNKNOWN) {
             struct stat st {};
-            isFolder = ::fstatat(::dirfd(dir), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 &&
-                       S_ISDIR(st.st_mode);
+            const bool known =
+                ::fstatat(::dirfd(dir), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0;
+            isFolder = known && S_ISDIR(st.st_mode);
+            isLink = known && S_ISLNK(st.st_mode);
         }
-        items.push_back({std::string(name), isFolder});
+        items.push_back({std::string(name), isFolder, isLink});
     }
     std::error_code ec = errno ? lastError() : std::error_code();
     ::closedir(dir);

@@ -49,6 +49,7 @@ private:
 struct FolderItem {
     std::string name;
     bool isFolder = false;
+    bool isLink = false;
 };
 
 // The entries of a folder, "." and ".." left out, in the order the folder keeps them.

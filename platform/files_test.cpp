@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <tuple>
 
+#include "platform/files.h"
 #include "platform/lookup.h"
 #include "tests/temp_dir.h"
 
@@ -77,4 +79,23 @@ TEST(AtomicFileTest, AFileReplacedByRootKeepsItsOwnerAndGroup) {
     ASSERT_EQ(::stat(path.c_str(), &st), 0);
     EXPECT_EQ(st.st_uid, 1234u);
     EXPECT_EQ(st.st_gid, 5678u);
+}
+
+// A link is never a folder of its own, whatever it points at, and says that it is a link.
+TEST(ReadFolderTest, TellsFoldersAndLinksApart) {
+    TempDir dir;
+    dir.write("file", "x");
+    dir.mkdir("folder");
+    ASSERT_EQ(::symlink((dir / "folder").c_str(), (dir / "to folder").c_str()), 0);
+    ASSERT_EQ(::symlink((dir / "gone").c_str(), (dir / "dangling").c_str()), 0);
+    std::vector<FolderItem> items;
+    ASSERT_FALSE(readFolder(dir.path(), items));
+    std::vector<std::tuple<std::string, bool, bool>> seen;
+    for (const FolderItem& item : items)
+        seen.emplace_back(item.name, item.isFolder, item.isLink);
+    std::sort(seen.begin(), seen.end());
+    EXPECT_EQ(seen, (std::vector<std::tuple<std::string, bool, bool>>{{"dangling", false, true},
+                                                                      {"file", false, false},
+                                                                      {"folder", true, false},
+                                                                      {"to folder", false, true}}));
 }
