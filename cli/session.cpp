@@ -75,7 +75,7 @@ std::optional<TargetPaths> Session::targetPathsOf(const std::string& path) {
     if (acceptTarget(path, m_scratch, silent, m_resolver) == TargetResult::EndProgram ||
         m_scratch.target.targetFileFullPathname != path)
         return std::nullopt;
-    TargetPaths target = m_scratch.target;
+    TargetPaths target = std::move(m_scratch.target);
     target.indexFilePath = std::string(folderOf(path));
     target.indexFile = target.indexFilePath + "00_index.txt";
     return target;

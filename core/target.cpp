@@ -44,9 +44,11 @@ bool insideFailsafeFolder(const std::string& path, const std::string& failsafeDB
                           PathResolver& resolver) {
     if (failsafeDBpath.empty())
         return false;
-    const std::string folder = withTrailingSeparator(failsafeDBpath);
-    return beginsWithIgnoringCase(lexicallyNormal(path), lexicallyNormal(folder)) ||
-           beginsWithIgnoringCase(resolver.resolved(path), resolver.resolvedFolder(folder));
+    return resolver.inside(path, withTrailingSeparator(failsafeDBpath));
+}
+
+bool insideAsWritten(const std::string& path, const std::string& folder) {
+    return beginsWithIgnoringCase(lexicallyNormal(path), lexicallyNormal(folder));
 }
 
 // A name that resolves where its folder does, joined to it: not "." or "..", not empty.
@@ -54,9 +56,17 @@ bool isPlainName(std::string_view name) {
     return !name.empty() && name != "." && name != "..";
 }
 
+// A plain name of a folder's entry, as readdir gives it, after an absolute folder.
+bool isEntryOfFolder(const std::string& path) {
+    return path.starts_with('/') && isPlainName(lastComponent(path));
+}
+
 // The number of bytes that the ".DESCRIPTION" suffix takes at the end of the path, in
 // any letter case; 0 when the path does not end in it.
 std::size_t exportSuffixBytes(std::string_view path) {
+    // Only "n" upper-cases to "N": any other last byte cannot end the suffix.
+    if (!path.ends_with('n') && !path.ends_with('N'))
+        return 0;
     std::size_t count = characterCount(path);
     if (count < kExportSuffix.size())
         return 0;
@@ -99,23 +109,49 @@ TargetResult resolveTarget(std::string_view argumentText, SharedState& state, Pr
 }
 
 std::string PathResolver::resolved(const std::string& path) {
-    const std::string_view name = lastComponent(path);
-    if (!path.starts_with('/') || !isPlainName(name))
+    if (!isEntryOfFolder(path) || entryIsLink(path))
         return resolvedPath(path);
+    return resolvedIn(m_parent, std::string(folderOf(path))) + std::string(lastComponent(path));
+}
+
+// A missing entry resolves under its folder too; a link, or an entry that cannot be
+// looked at, takes the whole walk.
+bool PathResolver::entryIsLink(const std::string& path) {
     if (path == m_knownEntry) {
         m_knownEntry.clear();
-        if (m_knownIsLink)
-            return resolvedPath(path);
-    } else {
-        std::error_code ec;
-        const auto type = std::filesystem::symlink_status(path, ec).type();
-        // A missing entry resolves under its folder too; a link, or an entry that cannot
-        // be looked at, takes the whole walk.
-        if (type == std::filesystem::file_type::symlink ||
-            (ec && type != std::filesystem::file_type::not_found))
-            return resolvedPath(path);
+        return m_knownIsLink;
     }
-    return resolvedIn(m_parent, std::string(folderOf(path))) + std::string(name);
+    std::error_code ec;
+    const auto type = std::filesystem::symlink_status(path, ec).type();
+    return type == std::filesystem::file_type::symlink ||
+           (ec && type != std::filesystem::file_type::not_found);
+}
+
+bool PathResolver::inside(const std::string& path, const std::string& folder) {
+    if (!isEntryOfFolder(path))
+        return insideAsWritten(path, folder) ||
+               beginsWithIgnoringCase(resolvedPath(path), resolvedFolder(folder));
+    // `folder` ends in "/", which no name holds: an entry lies in it exactly when the
+    // folder the entry stands in does, unless the entry is a link that leads elsewhere.
+    const Verdict& verdict = verdictOf(folderOf(path), folder);
+    if (verdict.asWritten)
+        return true;
+    if (!entryIsLink(path))
+        return verdict.resolved;
+    return beginsWithIgnoringCase(resolvedPath(path), resolvedFolder(folder));
+}
+
+const PathResolver::Verdict& PathResolver::verdictOf(std::string_view folder,
+                                                     const std::string& container) {
+    if (!m_verdict.known || m_verdict.folder != folder || m_verdict.container != container) {
+        m_verdict.folder = folder;
+        m_verdict.container = container;
+        m_verdict.asWritten = insideAsWritten(m_verdict.folder, container);
+        m_verdict.resolved = beginsWithIgnoringCase(resolvedIn(m_parent, m_verdict.folder),
+                                                    resolvedFolder(container));
+        m_verdict.known = true;
+    }
+    return m_verdict;
 }
 
 void PathResolver::knowEntry(const std::string& path, bool isLink) {

@@ -31,15 +31,29 @@ public:
     void knowEntry(const std::string& path, bool isLink);
     // The same for a folder that many calls ask about.
     [[nodiscard]] const std::string& resolvedFolder(const std::string& folder);
+    // Whether the path lies in `folder` (a path ending in "/"), as written or with links
+    // followed, letter case ignored. While the entries of one folder come in a row, each
+    // costs no more than the look at whether it is a link.
+    [[nodiscard]] bool inside(const std::string& path, const std::string& folder);
 
 private:
     struct Resolved {
         std::string path, resolved;
         bool known = false;
     };
+    // Whether one folder lies in another, as written and with links followed.
+    struct Verdict {
+        std::string folder, container;
+        bool known = false, asWritten = false, resolved = false;
+    };
     static const std::string& resolvedIn(Resolved& slot, const std::string& path);
+    // Whether the entry at `path` is a link, or cannot be looked at; uses up what
+    // knowEntry() said of it.
+    bool entryIsLink(const std::string& path);
+    const Verdict& verdictOf(std::string_view folder, const std::string& container);
 
     Resolved m_parent, m_folder;
+    Verdict m_verdict;
     std::string m_knownEntry;
     bool m_knownIsLink = false;
 };
