@@ -92,12 +92,14 @@ DescriptionSources& storeReaders() {
 }
 
 FoundDescription findDescription(const TargetPaths& target, const std::string& failsafeDBfile,
-                                 DescriptionSources& sources) {
+                                 DescriptionSources& sources, CommentCheck check) {
     FoundDescription found = findInOwnStores(target, failsafeDBfile, sources);
-    const std::optional<std::string> comment = sources.commentDesc(target);
     if (found.text.empty())
-        return findInOtherPrograms(target, sources, comment).value_or(found);
-    found.commentDiffers = comment && commentDiffers(found.text, *comment);
+        return findInOtherPrograms(target, sources, sources.commentDesc(target)).value_or(found);
+    if (check == CommentCheck::Note) {
+        const std::optional<std::string> comment = sources.commentDesc(target);
+        found.commentDiffers = comment && commentDiffers(found.text, *comment);
+    }
     return found;
 }
 

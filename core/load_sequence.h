@@ -31,8 +31,8 @@ public:
     // database or a record, "" for a record without lines.
     virtual std::optional<std::string> failsafeDesc(const std::string& failsafeDBfile,
                                                     const TargetPaths& target) = 0;
-    // The file manager's comment, CR LF breaks; nullopt when there is none. Read for
-    // every target: a comment that differs from the text found is noted in the status.
+    // The file manager's comment, CR LF breaks; nullopt when there is none. Read too
+    // when another store has the text, unless the caller skips the note that it differs.
     virtual std::optional<std::string> commentDesc(const TargetPaths& target) = 0;
     // The target's entry in its folder's descript.ion; nullopt without one.
     virtual std::optional<std::string> descriptIonDesc(const TargetPaths& target) = 0;
@@ -53,11 +53,17 @@ struct FoundDescription {
 // enough for the label's two lines.
 [[nodiscard]] std::string statusLabel(const FoundDescription& found);
 
+// Whether the file manager's comment is read when another store holds the text, to
+// note that it differs: the editor shows the note; a listing, which never does, spares
+// the read.
+enum class CommentCheck { Note, Skip };
+
 // The text and the status label that loading shows for the target. A failsafe record
 // without lines names its source with an empty text.
 [[nodiscard]] FoundDescription findDescription(const TargetPaths& target,
                                                const std::string& failsafeDBfile,
-                                               DescriptionSources& sources);
+                                               DescriptionSources& sources,
+                                               CommentCheck check = CommentCheck::Note);
 
 // Fills the description box from the stores in their order of precedence, names the
 // source in the status label and opens the window for editing: icon, target box,
