@@ -5,12 +5,14 @@
 std::string withUnixBreaks(std::string_view text) {
     std::string out;
     out.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
-            continue;
-        out += text[i];
+    // Whole runs up to each CR LF are copied at once: listings print a text per entry.
+    for (std::size_t from = 0;;) {
+        std::size_t crlf = text.find("\r\n", from);
+        out.append(text.substr(from, crlf - from));
+        if (crlf == std::string_view::npos)
+            return out;
+        from = crlf + 1;
     }
-    return out;
 }
 
 Answer StderrPrompter::message(std::string_view text, std::string_view title, Buttons buttons,

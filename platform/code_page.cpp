@@ -181,7 +181,7 @@ std::string decodeFileText(std::string_view bytes) {
 std::size_t characterCount(std::string_view utf8) {
     std::size_t count = 0;
     for (std::size_t pos = 0; pos < utf8.size(); ++count)
-        pos += characterLength(utf8, pos);
+        pos += static_cast<unsigned char>(utf8[pos]) < 0x80 ? 1 : characterLength(utf8, pos);
     return count;
 }
 
@@ -230,7 +230,10 @@ std::string decodeWindows1252(std::string_view bytes) {
     out.reserve(bytes.size());
     for (char c : bytes) {
         auto b = static_cast<unsigned char>(c);
-        appendUtf8(out, b >= 0x80 && b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
+        if (b < 0x80)
+            out += c;
+        else
+            appendUtf8(out, b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
     }
     return out;
 }

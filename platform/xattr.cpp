@@ -19,8 +19,13 @@ char* scratchBuffer() {
 
 constexpr std::string_view kUserPrefix = "user.";
 
-std::string attributeName(std::string_view name) {
-    return std::string(kUserPrefix) + std::string(name);
+// The name in the attribute's namespace; valid until the thread's next call. Listings
+// name a few attributes per entry, so the buffer is reused rather than allocated.
+const char* attributeName(std::string_view name) {
+    thread_local std::string buffer;
+    buffer.assign(kUserPrefix);
+    buffer.append(name);
+    return buffer.c_str();
 }
 
 StreamStatus statusOf(int err) {
@@ -50,9 +55,9 @@ std::vector<std::string_view> splitNames(std::string_view list) {
 }
 
 StreamStatus readStream(const std::string& path, std::string_view name, std::string& bytes) {
-    const std::string attr = attributeName(name);
+    const char* attr = attributeName(name);
     bytes.clear();
-    ssize_t got = ::getxattr(path.c_str(), attr.c_str(), scratchBuffer(), kFirstRead);
+    ssize_t got = ::getxattr(path.c_str(), attr, scratchBuffer(), kFirstRead);
     if (got >= 0) {
         bytes.assign(scratchBuffer(), static_cast<std::size_t>(got));
         return StreamStatus::Ok;
@@ -61,11 +66,11 @@ StreamStatus readStream(const std::string& path, std::string_view name, std::str
         return statusOf(errno);
     // The value may grow between asking its size and reading it; ask again then.
     for (int attempt = 0; attempt < 4; ++attempt) {
-        ssize_t size = ::getxattr(path.c_str(), attr.c_str(), nullptr, 0);
+        ssize_t size = ::getxattr(path.c_str(), attr, nullptr, 0);
         if (size < 0)
             return statusOf(errno);
         bytes.resize(static_cast<std::size_t>(size));
-        got = ::getxattr(path.c_str(), attr.c_str(), bytes.data(), bytes.size());
+        got = ::getxattr(path.c_str(), attr, bytes.data(), bytes.size());
         if (got >= 0) {
             bytes.resize(static_cast<std::size_t>(got));
             return StreamStatus::Ok;
@@ -79,13 +84,13 @@ StreamStatus readStream(const std::string& path, std::string_view name, std::str
 }
 
 StreamStatus streamExists(const std::string& path, std::string_view name) {
-    if (::getxattr(path.c_str(), attributeName(name).c_str(), nullptr, 0) < 0)
+    if (::getxattr(path.c_str(), attributeName(name), nullptr, 0) < 0)
         return statusOf(errno);
     return StreamStatus::Ok;
 }
 
 StreamStatus replaceStream(const std::string& path, std::string_view name, std::string_view bytes) {
-    if (::setxattr(path.c_str(), attributeName(name).c_str(), bytes.data(), bytes.size(), 0) < 0)
+    if (::setxattr(path.c_str(), attributeName(name), bytes.data(), bytes.size(), 0) < 0)
         return statusOf(errno);
     return StreamStatus::Ok;
 }
@@ -125,7 +130,7 @@ StreamStatus listStreams(const std::string& path, std::string& names) {
 }
 
 StreamStatus removeStream(const std::string& path, std::string_view name) {
-    if (::removexattr(path.c_str(), attributeName(name).c_str()) < 0)
+    if (::removexattr(path.c_str(), attributeName(name)) < 0)
         return statusOf(errno);
     return StreamStatus::Ok;
 }
@@ -140,7 +145,7 @@ StreamName probeStreamName(const std::string& path, std::string_view name) {
         return StreamName::Unknown;
     // Replacing a stream that does not exist changes nothing; the volume checks the name
     // first.
-    if (::setxattr(path.c_str(), attributeName(name).c_str(), "", 0, XATTR_REPLACE) == 0)
+    if (::setxattr(path.c_str(), attributeName(name), "", 0, XATTR_REPLACE) == 0)
         return StreamName::Allowed;
     switch (errno) {
         case ENODATA:

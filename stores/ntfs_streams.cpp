@@ -1,6 +1,7 @@
 #include "stores/ntfs_streams.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <optional>
 
@@ -40,8 +41,15 @@ public:
     }
 };
 
-std::string sambaName(std::string_view name) {
-    return std::string(kSambaPrefix) + std::string(name) + std::string(kSambaSuffix);
+// Samba's name of one of our streams, made once: listings ask for it for every entry.
+const std::string& sambaName(std::string_view name) {
+    auto named = [](std::string_view stream) {
+        return std::string(kSambaPrefix) + std::string(stream) + std::string(kSambaSuffix);
+    };
+    static const std::string summary = named(kSummaryStream), marker = named(kMarkerStream),
+                             old = named(kOldStream);
+    assert(name == kSummaryStream || name == kMarkerStream || name == kOldStream);
+    return name == kSummaryStream ? summary : name == kMarkerStream ? marker : old;
 }
 
 // Samba keeps one zero byte after a stream's bytes.

@@ -114,7 +114,8 @@ bool hasCodePageEntry(const std::vector<Property>& table) {
 // string and are read as Windows-1252 too.
 unsigned usablePage(std::optional<unsigned> declared) {
     unsigned page = declared.value_or(kAnsiPage);
-    if (page == kUtf16Page)
+    // The C library always converts these; listings read one set per entry.
+    if (page == kUtf16Page || page == kAnsiPage || page == kUtf8Page)
         return page;
     return encodeCodePage("A", page) == "A" ? page : kAnsiPage;
 }
