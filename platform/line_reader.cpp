@@ -3,11 +3,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 namespace {
 
+// Reads start small and double up to kChunk: most files read are an index or a
+// setting of a few lines, and a buffer grown for them costs more than the read.
+constexpr std::size_t kFirstChunk = 1 << 12;
 constexpr std::size_t kChunk = 1 << 16;
 
 // The position of the first CR or LF at or after `from`; npos when there is none.
@@ -28,7 +32,7 @@ std::size_t findLineEnd(std::string_view text, std::size_t from) {
 
 }  // namespace
 
-LineReader::LineReader(const std::string& path) {
+LineReader::LineReader(const std::string& path) : m_chunk(kFirstChunk) {
     m_fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (m_fd < 0)
         m_error = {errno, std::generic_category()};
@@ -57,11 +61,12 @@ bool LineReader::fill() {
         m_pos = 0;
     }
     std::size_t old = m_buffer.size();
-    m_buffer.resize(old + kChunk);
+    m_buffer.resize(old + m_chunk);
     ssize_t n;
     do {
-        n = ::read(m_fd, m_buffer.data() + old, kChunk);
+        n = ::read(m_fd, m_buffer.data() + old, m_chunk);
     } while (n < 0 && errno == EINTR);
+    m_chunk = std::min(m_chunk * 2, kChunk);
     if (n < 0) {
         m_error = {errno, std::generic_category()};
         n = 0;

@@ -36,6 +36,7 @@ private:
     int m_fd = -1;
     std::error_code m_error;
     std::string m_buffer;
+    std::size_t m_chunk;  // bytes the next read asks for
     std::size_t m_pos = 0;
     std::uint64_t m_bufferOffset = 0;  // the file offset of m_buffer[0]
     std::uint64_t m_lineOffset = 0;
