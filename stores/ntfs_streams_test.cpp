@@ -2,9 +2,7 @@
 
 #include <fcntl.h>
 #include <grp.h>
-#include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,11 +46,6 @@ Time lastWriteOf(const std::string& path) {
 std::optional<std::string> streamOf(const std::string& path, const std::string& name) {
     std::string bytes;
     return readStream(path, name, bytes) == StreamStatus::Ok ? std::optional(bytes) : std::nullopt;
-}
-
-long fileSystemOf(const std::string& path) {
-    struct statfs fs {};
-    return ::statfs(path.c_str(), &fs) == 0 ? static_cast<long>(fs.f_type) : 0;
 }
 
 // One target's streams kept in memory. The replace numbered `failAt` (1 = the first)
@@ -146,17 +139,6 @@ TEST_F(NtfsStreamsTest, EachOutcomeWithTheTimeAndTheOldStreamItLeaves) {
         EXPECT_EQ(lastWriteOf(target), time);
         EXPECT_EQ(streams.streams[kOld], failAt ? "old" : "");
     }
-}
-
-TEST_F(NtfsStreamsTest, TooLongForOneExt4AttributeLeavesTheOldStream) {
-    const std::string text(30000, 'x');
-    if (fileSystemOf(dir_.path()) != EXT4_SUPER_MAGIC ||
-        replaceStream(dir_ / "probe", "probe", text) == StreamStatus::Ok)
-        GTEST_SKIP() << "the temporary folder is not on ext4 without large attributes";
-    ASSERT_EQ(replaceStream(file_, kSummary, createSummaryInfo("kept")), StreamStatus::Ok);
-
-    EXPECT_EQ(save(file_, text), WriteResult::Error);
-    EXPECT_EQ(streamOf(file_, kSummary), createSummaryInfo("kept"));
 }
 
 // Root ignores permission bits, so root saves as another user.
