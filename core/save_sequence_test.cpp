@@ -10,6 +10,7 @@
 #include "platform/lookup.h"
 #include "platform/xattr.h"
 #include "tests/store_fixture.h"
+#include "tests/streams.h"
 
 namespace {
 
@@ -159,10 +160,7 @@ TEST_F(SaveSequenceTest, FallsBackWhenTheStreamsCannotBeWritten) {
 // it fails; the file manager's comment follows the streams and is never left behind.
 TEST_F(SaveSequenceTest, KeepsTheStoresOfOtherProgramsInStep) {
     const std::string ion = dir_.write("docs/descript.ion", "a.txt x\r\n");
-    auto comment = [&] {
-        std::string bytes;
-        return readStream(target(), "xdg.comment", bytes) == StreamStatus::Ok ? bytes : "(none)";
-    };
+    auto comment = [&] { return streamOf(target(), "xdg.comment").value_or("(none)"); };
     EXPECT_EQ(save("Two\r\nlines"), SaveOutcome::Stored);
     EXPECT_EQ(readFileBytes(ion), "a.txt x\r\nplan.txt Two\\nlines\x04\xC2\r\n");
     EXPECT_EQ(comment(), "Two\nlines");

@@ -18,6 +18,7 @@
 
 #include "stores/summary_info_codec.h"
 #include "tests/loop_volume.h"
+#include "tests/streams.h"
 #include "tests/temp_dir.h"
 
 namespace {
@@ -40,12 +41,6 @@ Time lastWriteOf(const std::string& path) {
     struct stat st {};
     EXPECT_EQ(::stat(path.c_str(), &st), 0) << path;
     return {st.st_mtim.tv_sec, st.st_mtim.tv_nsec};
-}
-
-// The stream's bytes, or nullopt when it does not exist.
-std::optional<std::string> streamOf(const std::string& path, const std::string& name) {
-    std::string bytes;
-    return readStream(path, name, bytes) == StreamStatus::Ok ? std::optional(bytes) : std::nullopt;
 }
 
 // One target's streams kept in memory. The replace numbered `failAt` (1 = the first)

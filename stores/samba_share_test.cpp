@@ -15,6 +15,7 @@
 #include "stores/ntfs_streams.h"
 #include "stores/summary_info_codec.h"
 #include "tests/loop_volume.h"
+#include "tests/streams.h"
 
 namespace {
 
@@ -118,11 +119,6 @@ protected:
         editor_.setText(text);
         return updateNTFSDesc(state_, editor_);
     }
-    std::optional<std::string> stream(const std::string& name) const {
-        std::string bytes;
-        return readStream(file_, name, bytes) == StreamStatus::Ok ? std::optional(bytes)
-                                                                  : std::nullopt;
-    }
     // A stream of f.txt on the share written from bytes, or read back.
     int put(const std::string& stream, const std::string& bytes) {
         return server_.client("put " + dir_.write("upload", bytes) + " \"f.txt" + stream + "\"");
@@ -158,7 +154,7 @@ TEST_F(SambaShareTest, WindowsAndVeskorReadEachOthersDescription) {
     const std::string saved = updateSummaryInfo(fromWindows, "Saved by Veskor\r\n\xCE\xA9");
     EXPECT_EQ(get(":" + kSummary), saved);
     EXPECT_EQ(get(":{4c8cc155-6c1e-11d1-8e41-00c04fb9386d}") + get(":description"), "");
-    EXPECT_EQ(stream(kSummary), saved);
+    EXPECT_EQ(streamOf(file_, kSummary), saved);
 }
 
 // Only a file that Samba marked gets Samba's naming. On ext4 a file's attributes share
@@ -168,17 +164,17 @@ TEST_F(SambaShareTest, WritesSambasNamingOnlyBesideSambasMarks) {
     if (replaceStream(file_, "probe", "x") != StreamStatus::Ok)
         GTEST_SKIP() << "the temporary folder keeps no user extended attributes";
     ASSERT_EQ(save("Local"), WriteResult::Ok);
-    EXPECT_EQ(stream(kSambaSummary), std::nullopt);
+    EXPECT_EQ(streamOf(file_, kSambaSummary), std::nullopt);
 
     ASSERT_EQ(replaceStream(file_, "DOSATTRIB", std::string("\0\0\5\0", 4)), StreamStatus::Ok);
     ASSERT_EQ(save("Marked"), WriteResult::Ok);
-    EXPECT_EQ(stream(kSambaSummary), createSummaryInfo("Marked") + '\0');
+    EXPECT_EQ(streamOf(file_, kSambaSummary), createSummaryInfo("Marked") + '\0');
 
     const std::string half(2200, 'h');
-    if (save(half) != WriteResult::Ok || stream(kSummary) != createSummaryInfo(half) ||
+    if (save(half) != WriteResult::Ok || streamOf(file_, kSummary) != createSummaryInfo(half) ||
         replaceStream(dir_.write("g.txt", ""), "probe", std::string(4400, 'x')) == StreamStatus::Ok)
         GTEST_SKIP() << "the temporary folder keeps more than one block of attributes";
-    EXPECT_EQ(stream(kSambaSummary), std::nullopt);
+    EXPECT_EQ(streamOf(file_, kSambaSummary), std::nullopt);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "platform/xattr.h"
+#include "tests/streams.h"
 #include "tests/temp_dir.h"
 
 // Each save leaves the comment equal to the description, or gone: a value that no volume
@@ -29,10 +30,7 @@ TEST(XdgCommentTest, FollowsEverySaveAndIsNeverLeftStale) {
     for (const auto& [name, description, expected] : rows) {
         SCOPED_TRACE(name);
         updateXdgComment(file, description);
-        std::string bytes;
-        EXPECT_EQ(readStream(file, "xdg.comment", bytes) == StreamStatus::Ok ? std::optional(bytes)
-                                                                             : std::nullopt,
-                  expected);
+        EXPECT_EQ(streamOf(file, "xdg.comment"), expected);
     }
     ASSERT_EQ(replaceStream(file, "xdg.comment", "Edited\nin the file manager\r\n\xE9"),
               StreamStatus::Ok);
