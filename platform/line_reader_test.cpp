@@ -54,12 +54,3 @@ TEST(LineReaderTest, KeepsLinesWholeAcrossItsReadBuffer) {
         EXPECT_EQ(readAll(dir.write("f.txt", first + "\r")), (Lines{first}));
     }
 }
-
-TEST(LineReaderTest, TellsWhetherAnotherLineFollows) {
-    TempDir dir;
-    LineReader reader(dir.write("f.txt", "one\r\ntwo\r\n"));
-    std::string line;
-    EXPECT_TRUE(reader.next(line) && !reader.atEnd());
-    EXPECT_TRUE(reader.next(line) && reader.atEnd());
-    EXPECT_FALSE(reader.next(line));
-}
