@@ -35,7 +35,6 @@ TEST(RegistrationScriptsTest, RegistryScriptLinesDependOnTargetFolderAndHost) {
         {"Makefile", 1, 3, "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\" + clsid + "]"},
         {"Makefile", 1, 11, handler + "(x64).dll\""},
         {"Makefile", 1, 14, "[HKEY_CLASSES_ROOT\\CLSID\\" + clsid + "]"},
-        {"Makefile", 1, 22, handler + "(x64).dll\""},
         {"Makefile", 1, 25,
          "[HKEY_LOCAL_MACHINE\\SOFTWARE" + windows + "PropertySystem\\PropertyHandlers\\Makefile]"},
         {"Makefile", 1, 26, "@=\"" + clsid + "\""},
@@ -43,7 +42,6 @@ TEST(RegistrationScriptsTest, RegistryScriptLinesDependOnTargetFolderAndHost) {
         {"Makefile", 1, 52,
          "[HKEY_CURRENT_USER\\Software" + windows +
              "Explorer\\FileExts\\Makefile\\OpenWithProgids]"},
-        {"Makefile", 1, 53, ""},
         {"Plan.txt", 0, 22, handler + "(x86).dll\""},
         {"Plan.txt", 2, 26, "@=\"{3B9E41C2-7A05-4D6F-9C18-E2A4F7B0D531}\""},
         {"archive.tar.gz", 1, 40, "[HKEY_CLASSES_ROOT\\.gz]"},
