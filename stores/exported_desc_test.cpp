@@ -27,15 +27,10 @@ protected:
     ScriptedPrompter prompter_;
 };
 
-// A read-only file can be neither rewritten nor deleted.
-TEST_F(ExportedDescTest, WritesOnlyWithTheBoxTickedDeletesEvenWithoutAndSparesAReadOnlyFile) {
-    ASSERT_EQ(save("abc", true), WriteResult::Ok);
-    ASSERT_EQ(save("Newer", false), WriteResult::Ok);
-    EXPECT_EQ(readFileBytes(file_), "abc\r\n");
-    ASSERT_EQ(save("", false, 1), WriteResult::Ok);
-    EXPECT_FALSE(std::filesystem::exists(file_));
-    EXPECT_EQ(save("", true, 1), WriteResult::Ok) << "nothing left to delete";
-
+// A read-only file can be neither rewritten nor deleted. (That the box decides only
+// the writing is the save sequence's test.)
+TEST_F(ExportedDescTest, DeletingNothingIsFineAndAReadOnlyFileIsSpared) {
+    EXPECT_EQ(save("", true, 1), WriteResult::Ok) << "nothing to delete";
     ASSERT_EQ(save("Old", true), WriteResult::Ok);
     ASSERT_EQ(::chmod(file_.c_str(), 0444), 0);
     EXPECT_EQ(save("New", true), WriteResult::Error);
