@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <thread>
 #include <tuple>
+#include <vector>
 
 #include "platform/folder_lock.h"
 #include "platform/lookup.h"
@@ -145,6 +148,32 @@ TEST_F(DescriptIonFileTest, WaitsForTheFoldersLockThenFailsWithItsMessage) {
     other.release();
     EXPECT_EQ(save("New"), WriteResult::Ok);
     EXPECT_EQ(readFileBytes(file), "plan.txt New\r\n");
+}
+
+// Fifty items of one folder saved at once, each by a thread of its own as by another
+// copy of the program: each save reads the file that the one before it wrote, so every
+// entry (one line each) is kept.
+TEST_F(DescriptIonFileTest, ConcurrentSavesOfOneFolderKeepEveryEntry) {
+    constexpr int kSaves = 50;
+    const std::string file = dir_.write("docs/descript.ion", "plan.txt Kept\r\n");
+    std::vector<SharedState> states;
+    for (int i = 0; i < kSaves; ++i) {
+        const std::string item = "docs/item" + std::to_string(i);
+        dir_.write(item, "");
+        setTarget(item);
+        state_.targetFileDesc = "text";
+        states.push_back(state_);
+    }
+    std::vector<ScriptedPrompter> prompters(kSaves);
+    std::vector<WriteResult> results(kSaves, WriteResult::Error);
+    {
+        std::vector<std::jthread> saves;
+        for (int i = 0; i < kSaves; ++i)
+            saves.emplace_back([&, i] { results[i] = updateDescriptIon(states[i], prompters[i]); });
+    }
+    EXPECT_EQ(std::count(results.begin(), results.end(), WriteResult::Ok), kSaves);
+    const std::string bytes = readFileBytes(file);
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\n'), 1 + kSaves);
 }
 
 }  // namespace
