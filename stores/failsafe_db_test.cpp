@@ -101,7 +101,7 @@ TEST_F(FailsafeDBTest, FailuresShowTheirMessageAndKeepTheOldDatabase) {
         prompter_.shown.clear();
 
         EXPECT_EQ(save("/a", "A"), WriteResult::Error);
-        EXPECT_EQ(prompter_.texts(),
+        ASSERT_EQ(prompter_.texts(),
                   std::vector<std::string>{"Error: Problem while updating filesafe DB."});
         EXPECT_EQ(prompter_.shown[0].icon, Icon::Critical);
         EXPECT_EQ(db(), old);

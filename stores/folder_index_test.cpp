@@ -156,7 +156,7 @@ TEST(FolderIndexTest, FailuresShowTheirMessageAndKeepTheOldIndex) {
         state.target = folder.targetFor("notes.txt");
         state.targetFileDesc = "New";
         EXPECT_EQ(update00IndexFile(state, folder.prompter, 50ms), WriteResult::Error);
-        EXPECT_EQ(
+        ASSERT_EQ(
             folder.prompter.texts(),
             std::vector<std::string>{"Error: Problem while updating '00_index.txt' file.\r\n"
                                      "(You can disable '00_index.txt' creation in Options.)"});
