@@ -31,7 +31,8 @@ void BatchReader::readIndex() {
 }
 
 std::string BatchReader::exportedDesc(const TargetPaths& target) {
-    if (!m_exportedFiles.contains(target.targetFile + std::string(kExportedSuffix)))
+    if (m_exportedFiles.empty() ||
+        !m_exportedFiles.contains(target.targetFile + std::string(kExportedSuffix)))
         return "";
     return readExpDesc(target.targetFileFullPathname);
 }

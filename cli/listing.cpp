@@ -72,7 +72,7 @@ bool Listing::listFolder(const std::string& folder,
     ListedEntry entry;
     for (const SortKey& key : sorted) {
         const FolderItem& n = *key.item;
-        entry.path = folder + n.name;
+        entry.path.assign(folder).append(n.name);
         // Another entry's exported file: opening it would open that entry.
         if (isExportedFileName(n.name))
             continue;

@@ -44,6 +44,8 @@ bool insideFailsafeFolder(const std::string& path, const std::string& failsafeDB
                           PathResolver& resolver) {
     if (failsafeDBpath.empty())
         return false;
+    if (failsafeDBpath.ends_with('/'))
+        return resolver.inside(path, failsafeDBpath);
     return resolver.inside(path, withTrailingSeparator(failsafeDBpath));
 }
 
@@ -180,7 +182,7 @@ TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompt
 TargetResult acceptTarget(std::string path, SharedState& state, Prompter& prompter,
                           PathResolver& resolver) {
     // A line break in the name would split every line-based store's entry in two.
-    if (path.find_first_of("\r\n") != std::string::npos)
+    if (path.find('\r') != std::string::npos || path.find('\n') != std::string::npos)
         return refuse(prompter,
                       "You cannot create descriptions for files or folders whose name contains "
                       "a line break.");

@@ -228,12 +228,17 @@ std::optional<std::string> encodeCodePage(std::string_view utf8, unsigned codePa
 std::string decodeWindows1252(std::string_view bytes) {
     std::string out;
     out.reserve(bytes.size());
-    for (char c : bytes) {
-        auto b = static_cast<unsigned char>(c);
-        if (b < 0x80)
-            out += c;
-        else
-            appendUtf8(out, b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
+    // Runs of ASCII, the same in both, are copied whole.
+    for (std::size_t from = 0; from < bytes.size();) {
+        std::size_t high = from;
+        while (high < bytes.size() && static_cast<unsigned char>(bytes[high]) < 0x80)
+            ++high;
+        out.append(bytes.substr(from, high - from));
+        if (high == bytes.size())
+            break;
+        auto b = static_cast<unsigned char>(bytes[high]);
+        appendUtf8(out, b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
+        from = high + 1;
     }
     return out;
 }

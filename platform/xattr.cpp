@@ -97,10 +97,9 @@ StreamStatus replaceStream(const std::string& path, std::string_view name, std::
 
 StreamStatus listStreams(const std::string& path, std::string& names) {
     names.clear();
-    std::string all;
+    std::string all;  // a list longer than the first read
     ssize_t got = ::listxattr(path.c_str(), scratchBuffer(), kFirstRead);
-    if (got >= 0)
-        all.assign(scratchBuffer(), static_cast<std::size_t>(got));
+    const bool firstRead = got >= 0;
     // The list may grow between asking its size and reading it; ask again then.
     for (int attempt = 0; got < 0 && errno == ERANGE && attempt < 4; ++attempt) {
         ssize_t size = ::listxattr(path.c_str(), nullptr, 0);
@@ -113,13 +112,12 @@ StreamStatus listStreams(const std::string& path, std::string& names) {
         StreamStatus status = statusOf(errno);
         return status == StreamStatus::Ok ? StreamStatus::Failed : status;
     }
-    all.resize(static_cast<std::size_t>(got));  // no change after the first read
+    const std::string_view list(firstRead ? scratchBuffer() : all.data(),
+                                static_cast<std::size_t>(got));
     constexpr std::string_view kUser = "user.";
-    for (std::size_t start = 0; start < all.size();) {
-        std::size_t end = all.find('\0', start);
-        if (end == std::string::npos)
-            end = all.size();
-        std::string_view name(all.data() + start, end - start);
+    for (std::size_t start = 0; start < list.size();) {
+        std::size_t end = std::min(list.find('\0', start), list.size());
+        std::string_view name = list.substr(start, end - start);
         if (name.starts_with(kUser)) {
             names += name.substr(kUser.size());
             names += '\0';
