@@ -7,8 +7,16 @@
 #include "stores/exported_desc.h"
 #include "stores/xdg_comment.h"
 
-BatchReader::BatchReader(std::string failsafeDBfile, std::string top)
-    : m_failsafeDBfile(std::move(failsafeDBfile)), m_top(std::move(top)) {}
+FailsafeScan::FailsafeScan(std::string failsafeDBfile, std::string top)
+    : m_file(std::move(failsafeDBfile)), m_top(std::move(top)) {}
+
+const FailsafeOffsets& FailsafeScan::offsets() {
+    std::call_once(m_scanned, [this] { m_offsets = scanFailsafeDB(m_file, m_top); });
+    return m_offsets;
+}
+
+BatchReader::BatchReader(FailsafeScan& failsafe, bool mayEnterFolders)
+    : m_failsafe(failsafe), m_streams(mayEnterFolders) {}
 
 void BatchReader::enterFolder(const std::string& folder,
                               const std::vector<std::string>& folderNames) {
@@ -58,9 +66,7 @@ std::optional<std::string> BatchReader::failsafeDesc(const std::string& /*failsa
                                                      const TargetPaths& target) {
     // Entries described elsewhere never need the database: a tree described in its files
     // is listed without reading it at all.
-    if (!m_failsafe)
-        m_failsafe = scanFailsafeDB(m_failsafeDBfile, m_top);
-    return readFailsafeDBAt(m_failsafeDBfile, *m_failsafe, target.targetFileFullPathname);
+    return readFailsafeDBAt(m_failsafe.file(), m_failsafe.offsets(), target.targetFileFullPathname);
 }
 
 std::optional<std::string> BatchReader::commentDesc(const TargetPaths& target) {
@@ -80,7 +86,7 @@ std::optional<std::string> BatchReader::descriptIonDesc(const TargetPaths& targe
 }
 
 void BatchReader::ListedStreams::enterFolder(const std::string& folder) {
-    m_folder = m_current.enter(folder) ? folder : "";
+    m_folder = m_mayEnterFolders && m_current.enter(folder) ? folder : "";
     m_path.clear();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -19,10 +20,28 @@
 // Memory holds one folder's index and names, and a hash and an offset per failsafe
 // record under the top folder; it never grows with the number of entries listed.
 // Answers exactly what the stores' own readers answer for each entry.
-class BatchReader : public DescriptionSources {
+
+// The failsafe database's scan for one call, made once for all the readers of the
+// call (in any thread), when the first of them needs it.
+class FailsafeScan {
 public:
     // `top` is the folder of the call, a full path ending in "/".
-    BatchReader(std::string failsafeDBfile, std::string top);
+    FailsafeScan(std::string failsafeDBfile, std::string top);
+
+    const std::string& file() const { return m_file; }
+    const FailsafeOffsets& offsets();
+
+private:
+    std::string m_file, m_top;
+    std::once_flag m_scanned;
+    FailsafeOffsets m_offsets;
+};
+
+class BatchReader : public DescriptionSources {
+public:
+    // With `mayEnterFolders`, the entries of a folder are read by names relative to it,
+    // which is then the thread's current folder; without, by their full paths.
+    BatchReader(FailsafeScan& failsafe, bool mayEnterFolders);
 
     // The folder (a full path ending in "/") whose entries come next; `folderNames`
     // holds the names of its entries. Its index is read when an entry first needs it.
@@ -50,6 +69,8 @@ private:
         StreamStatus replace(const std::string& path, std::string_view name,
                              std::string_view bytes) override;
 
+        explicit ListedStreams(bool mayEnterFolders) : m_mayEnterFolders(mayEnterFolders) {}
+
         // Entries of this folder are named relative to it, which is then current.
         void enterFolder(const std::string& folder);
 
@@ -57,16 +78,16 @@ private:
         StreamStatus list(const std::string& path);
         const char* shortPath(const std::string& path) const;
 
+        bool m_mayEnterFolders;
         CurrentFolder m_current;
-        std::string m_folder;  // "" when the folder could not be entered
+        std::string m_folder;  // "" when the folder was not entered
         std::string m_path, m_names;
         StreamStatus m_status = StreamStatus::Missing;
     };
 
     void readIndex();
 
-    std::string m_failsafeDBfile, m_top;
-    std::optional<FailsafeOffsets> m_failsafe;
+    FailsafeScan& m_failsafe;
     std::unordered_set<std::string> m_exportedFiles;
     std::string m_folder;
     bool m_indexRead = false;

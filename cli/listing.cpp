@@ -1,7 +1,11 @@
 #include "cli/listing.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <cstdint>
+#include <list>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 #include "cli/json_lines.h"
@@ -50,11 +54,28 @@ bool writeJsonLine(Session& session, const ListedEntry& entry) {
     return false;
 }
 
-Listing::Listing(Session& session, const std::string& top)
-    : m_session(session), m_reader(session.failsafeFile(), top) {}
+namespace {
 
-bool Listing::listFolder(const std::string& folder,
-                         const std::function<void(const ListedEntry&)>& each) {
+// What one thread needs to read folders: its own checks and store readers.
+class FolderReader {
+public:
+    FolderReader(const DataPaths& data, FailsafeScan& failsafe, bool mayEnterFolders)
+        : m_data(data), m_failsafe(failsafe), m_reader(failsafe, mayEnterFolders) {}
+
+    // Calls `each` for every entry of the folder, which may move from it; false when the
+    // folder cannot be read.
+    bool read(const std::string& folder, const std::function<void(ListedEntry&)>& each);
+
+private:
+    DataPaths m_data;
+    FailsafeScan& m_failsafe;
+    EntryChecker m_checker;
+    BatchReader m_reader;
+};
+
+}  // namespace
+
+bool FolderReader::read(const std::string& folder, const std::function<void(ListedEntry&)>& each) {
     std::vector<FolderItem> items;
     if (readFolder(folder, items))
         return false;
@@ -68,7 +89,6 @@ bool Listing::listFolder(const std::string& folder,
     for (const SortKey& key : sorted)
         names.push_back(key.item->name);
     m_reader.enterFolder(folder, std::move(names));
-    const std::string failsafe = m_session.failsafeFile();
     ListedEntry entry;
     for (const SortKey& key : sorted) {
         const FolderItem& n = *key.item;
@@ -77,26 +97,128 @@ bool Listing::listFolder(const std::string& folder,
         if (isExportedFileName(n.name))
             continue;
         // A name the editor refuses has no description.
-        auto target = m_session.targetPathsOf(entry.path, n.isLink);
+        auto target = m_checker.pathsOf(entry.path, n.isLink, m_data);
         entry.name = n.name;
         entry.isFolder = n.isFolder;
-        entry.found = target ? findDescription(*target, failsafe, m_reader, CommentCheck::Skip)
-                             : FoundDescription();
+        entry.found =
+            target ? findDescription(*target, m_failsafe.file(), m_reader, CommentCheck::Skip)
+                   : FoundDescription();
         entry.text = printedText(entry.found);
         each(entry);
     }
     return true;
 }
 
+Listing::Listing(Session& session, const std::string& top)
+    : m_session(session), m_failsafe(session.failsafeFile(), top) {}
+
+bool Listing::listFolder(const std::string& folder,
+                         const std::function<void(const ListedEntry&)>& each) {
+    FolderReader reader(m_session.state.data, m_failsafe, true);
+    return reader.read(folder, each);
+}
+
+namespace {
+
+// The folders of a tree in the order their entries are handed out: a folder, then
+// the trees of its folders in byte order of their names. A folder's folders join the
+// order, right after it, once it has been read.
+struct TreeOrder {
+    enum class Stage { Waiting, Reading, Read };
+    struct Folder {
+        explicit Folder(std::string folderPath) : path(std::move(folderPath)) {}
+        std::string path;
+        Stage stage = Stage::Waiting;
+        bool readable = true;
+        std::vector<ListedEntry> entries;
+    };
+
+    // The first folder that no thread reads yet among the `ahead` first; end() if none.
+    std::list<Folder>::iterator nextToRead(std::size_t ahead) {
+        auto it = folders.begin();
+        for (std::size_t i = 0; i < ahead && it != folders.end(); ++i, ++it) {
+            if (it->stage == Stage::Waiting)
+                return it;
+        }
+        return folders.end();
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::list<Folder> folders;  // from the one handed out next
+    bool stopped = false;
+};
+
+// Ends the readers when the caller leaves, whether done or by an exception.
+struct StopReaders {
+    TreeOrder& order;
+    ~StopReaders() {
+        std::lock_guard lock(order.mutex);
+        order.stopped = true;
+        order.changed.notify_all();
+    }
+};
+
+}  // namespace
+
 bool Listing::listTree(const std::string& folder,
                        const std::function<void(const ListedEntry&)>& each) {
-    std::vector<std::string> subfolders;
-    bool ok = listFolder(folder, [&](const ListedEntry& entry) {
-        each(entry);
-        if (entry.isFolder)
-            subfolders.push_back(entry.path + "/");
-    });
-    for (const std::string& sub : subfolders)
-        ok = listTree(sub, each) && ok;
+    // Reading the entries' attributes is the kernel's work, which runs on every
+    // processor at once.
+    const std::size_t threads = std::clamp(std::thread::hardware_concurrency(), 1u, 4u);
+    const std::size_t ahead = threads + 1;
+    TreeOrder order;
+    order.folders.emplace_back(folder);
+    const DataPaths data = m_session.state.data;
+
+    auto readFolders = [&] {
+        // Each thread enters the folders it reads; without a current folder of its own,
+        // it names the entries by their full paths.
+        FolderReader reader(data, m_failsafe, ownCurrentFolder());
+        std::unique_lock lock(order.mutex);
+        while (!order.stopped && !order.folders.empty()) {
+            auto next = order.nextToRead(ahead);
+            if (next == order.folders.end()) {
+                order.changed.wait(lock);
+                continue;
+            }
+            next->stage = TreeOrder::Stage::Reading;
+            lock.unlock();
+            std::vector<ListedEntry> entries;
+            std::vector<std::string> subfolders;
+            const bool readable = reader.read(next->path, [&](ListedEntry& entry) {
+                if (entry.isFolder)
+                    subfolders.push_back(entry.path + "/");
+                entries.push_back(std::move(entry));
+            });
+            lock.lock();
+            next->entries = std::move(entries);
+            next->readable = readable;
+            next->stage = TreeOrder::Stage::Read;
+            const auto after = std::next(next);
+            for (std::string& path : subfolders)
+                order.folders.emplace(after, std::move(path));
+            order.changed.notify_all();
+        }
+    };
+    std::vector<std::jthread> readers;
+    for (std::size_t i = 0; i < threads; ++i)
+        readers.emplace_back(readFolders);
+
+    StopReaders stop{order};
+    bool ok = true;
+    std::unique_lock lock(order.mutex);
+    while (!order.folders.empty()) {
+        order.changed.wait(lock,
+                           [&] { return order.folders.front().stage == TreeOrder::Stage::Read; });
+        TreeOrder::Folder next = std::move(order.folders.front());
+        order.folders.pop_front();
+        order.changed.notify_all();
+        lock.unlock();
+        ok = next.readable && ok;
+        for (const ListedEntry& entry : next.entries)
+            each(entry);
+        lock.lock();
+    }
     return ok;
 }

@@ -32,10 +32,11 @@ public:
 
     // The same for the folder, then for each of its folders in turn and everything under
     // it; links to folders are not followed. False when any folder could not be read (the others
-    // still are).
+    // still are). The next few folders are read ahead, one per processor, while `each`
+    // takes the entries of the first; memory holds those folders' entries only.
     bool listTree(const std::string& folder, const std::function<void(const ListedEntry&)>& each);
 
 private:
     Session& m_session;
-    BatchReader m_reader;
+    FailsafeScan m_failsafe;
 };

@@ -3,6 +3,10 @@
 
 #include <unistd.h>
 
+#include <filesystem>
+#include <functional>
+#include <set>
+
 #include "cli/json_lines.h"
 #include "platform/code_page.h"
 #include "platform/xattr.h"
@@ -77,6 +81,41 @@ TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
     ASSERT_EQ(run({"export", docs_.path()}), 0);
     const std::string exported = out_.str();
     EXPECT_EQ(std::count(exported.begin(), exported.end(), '\n'), 10) << exported;
+}
+
+// Folders are read ahead in several threads; what comes out is still each folder's
+// entries in byte order, then the trees of its folders one after another.
+TEST_F(ListingTest, FindWalksTheTreeDepthFirstInByteOrder) {
+    for (const char* folder : {"a/b/c/d", "a/B2", "b/x", "Z/y/z", "Z/y2", "e"})
+        std::filesystem::create_directories(docs_ / folder);
+    const std::set<std::string> described = {
+        "a/1.txt",     "a/b/2.txt",  "a/b/c/d/3.txt", "a/B2/4.txt", "b/x/5.txt", "Z/6.txt",
+        "Z/y/z/7.txt", "Z/y2/8.txt", "9.txt",         "a/b",        "Z/y"};
+    for (const std::string& path : described) {
+        if (path.ends_with(".txt"))
+            docs_.write(path, "x");
+        describe(docs_ / path, "needle");
+    }
+
+    std::string expected;
+    std::function<void(const std::string&)> walk = [&](const std::string& folder) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(docs_ / folder))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        for (const std::string& name : names) {
+            if (described.contains(folder + name))
+                expected += docs_ / (folder + name) + "\n";
+        }
+        for (const std::string& name : names) {
+            if (std::filesystem::is_directory(docs_ / (folder + name)))
+                walk(folder + name + "/");
+        }
+    };
+    walk("");
+    ASSERT_EQ(run({"find", "needle", docs_.path()}), 0) << err_.str();
+    EXPECT_EQ(out_.str(), expected);
+    EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 11);
 }
 
 // The progress line goes to a terminal only, and is wiped before the call ends.

@@ -63,14 +63,15 @@ std::optional<std::string> Session::openFolder(const std::string& path) {
     return folder;
 }
 
-std::optional<TargetPaths> Session::targetPathsOf(const std::string& path, bool isLink) {
+std::optional<TargetPaths> EntryChecker::pathsOf(const std::string& path, bool isLink,
+                                                 const DataPaths& data) {
     m_resolver.knowEntry(path, isLink);
-    return targetPathsOf(path);
+    return pathsOf(path, data);
 }
 
-std::optional<TargetPaths> Session::targetPathsOf(const std::string& path) {
-    if (m_scratch.data.failsafeDBpath != state.data.failsafeDBpath)
-        m_scratch.data = state.data;
+std::optional<TargetPaths> EntryChecker::pathsOf(const std::string& path, const DataPaths& data) {
+    if (m_scratch.data.failsafeDBpath != data.failsafeDBpath)
+        m_scratch.data = data;
     SilentPrompter silent;
     if (acceptTarget(path, m_scratch, silent, m_resolver) == TargetResult::EndProgram ||
         m_scratch.target.targetFileFullPathname != path)

@@ -14,6 +14,22 @@
 // What every verb stands on: the start-up's data folder and settings, the prompts on
 // standard error, and the one target or folder of the call.
 
+// The target paths of entries as opening each would set them, without a message or a
+// lookup: nullopt where the editor would refuse the entry or it names another entry's
+// exported file. Keeps what the checks of one folder's entries share; one per thread.
+class EntryChecker {
+public:
+    [[nodiscard]] std::optional<TargetPaths> pathsOf(const std::string& path,
+                                                     const DataPaths& data);
+    // The same for an entry whose folder listing said whether it is a link.
+    [[nodiscard]] std::optional<TargetPaths> pathsOf(const std::string& path, bool isLink,
+                                                     const DataPaths& data);
+
+private:
+    SharedState m_scratch;  // kept to spare an allocation per entry
+    PathResolver m_resolver;
+};
+
 inline constexpr int kDone = 0, kFailed = 1, kRefused = 2, kNotFound = 3, kEndedWithoutStoring = 4,
                      kUsage = 64;
 
@@ -32,12 +48,10 @@ public:
     // "/". nullopt (after a message) when it is not a folder.
     [[nodiscard]] std::optional<std::string> openFolder(const std::string& path);
 
-    // The target paths of `path` as opening it would set them, without a message or a
-    // lookup; nullopt where the editor would refuse it or it names another entry's
-    // exported file.
-    [[nodiscard]] std::optional<TargetPaths> targetPathsOf(const std::string& path);
-    // The same for an entry whose folder listing said whether it is a link.
-    [[nodiscard]] std::optional<TargetPaths> targetPathsOf(const std::string& path, bool isLink);
+    // EntryChecker's answer with this session's data folder.
+    [[nodiscard]] std::optional<TargetPaths> targetPathsOf(const std::string& path) {
+        return m_checker.pathsOf(path, state.data);
+    }
 
     std::string failsafeFile() const { return state.data.failsafeDBpath + "ver1.7.dat"; }
 
@@ -51,8 +65,7 @@ public:
 
 private:
     std::string m_appPath;
-    SharedState m_scratch;    // targetPathsOf()'s, kept to spare an allocation per entry
-    PathResolver m_resolver;  // targetPathsOf()'s: each listed folder resolved once
+    EntryChecker m_checker;
 };
 
 // A prompter that says nothing and answers No: the checks of many entries at once.

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -83,13 +84,22 @@ CurrentFolder::CurrentFolder() : m_saved(::open(".", O_RDONLY | O_DIRECTORY | O_
 CurrentFolder::~CurrentFolder() {
     if (m_saved < 0)
         return;
-    [[maybe_unused]] int restored = ::fchdir(m_saved);
+    if (m_entered) {
+        [[maybe_unused]] int restored = ::fchdir(m_saved);
+    }
     ::close(m_saved);
 }
 
 bool CurrentFolder::enter(const std::string& folder) {
     // Without a way back, the process's current folder is never changed.
-    return m_saved >= 0 && ::chdir(folder.c_str()) == 0;
+    if (m_saved < 0 || ::chdir(folder.c_str()) != 0)
+        return false;
+    m_entered = true;
+    return true;
+}
+
+bool ownCurrentFolder() {
+    return ::unshare(CLONE_FS) == 0;
 }
 
 std::error_code readFolder(const std::string& folder, std::vector<FolderItem>& items) {

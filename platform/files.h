@@ -28,9 +28,10 @@
 // any other user would.
 [[nodiscard]] bool isReadOnlyFile(const std::string& path);
 
-// Makes a folder the process's current folder for the object's lifetime, so that many
-// calls on the entries of one folder pass short relative names and the kernel does not
-// walk the whole path each time. The folder that was current comes back afterwards.
+// Makes a folder the current folder (the process's, or the thread's own) for the
+// object's lifetime, so that many calls on the entries of one folder pass short relative
+// names and the kernel does not walk the whole path each time. The folder that was
+// current comes back afterwards.
 class CurrentFolder {
 public:
     CurrentFolder();
@@ -43,7 +44,13 @@ public:
 
 private:
     int m_saved = -1;
+    bool m_entered = false;
 };
+
+// Gives the calling thread a current folder of its own, so that it may use
+// CurrentFolder while other threads rely on theirs. False where the system refuses;
+// the thread must then leave the current folder alone.
+[[nodiscard]] bool ownCurrentFolder();
 
 // One entry of a folder, as the folder lists it: a folder is a real folder, not a link.
 struct FolderItem {

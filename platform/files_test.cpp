@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <future>
+#include <thread>
 #include <tuple>
 
 #include "platform/files.h"
@@ -97,4 +99,28 @@ TEST(ReadFolderTest, TellsFoldersAndLinksApart) {
                                                                       {"file", false, false},
                                                                       {"folder", true, false},
                                                                       {"to folder", false, true}}));
+}
+
+// Threads that read folders side by side each enter folders of their own; the
+// process's current folder stays where it was, during and after.
+TEST(CurrentFolderTest, AThreadWithAFolderOfItsOwnLeavesTheProcesssAlone) {
+    TempDir dir;
+    dir.mkdir("inner");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::promise<void> entered, checked;
+    bool own = false, in = false;
+    std::jthread reader([&] {
+        own = ownCurrentFolder();
+        CurrentFolder current;
+        in = own && current.enter(dir / "inner") &&
+             std::filesystem::current_path() == std::filesystem::path(dir / "inner");
+        entered.set_value();
+        checked.get_future().wait();
+    });
+    entered.get_future().wait();
+    EXPECT_EQ(std::filesystem::current_path(), before);
+    checked.set_value();
+    reader.join();
+    EXPECT_TRUE(own && in);
+    EXPECT_EQ(std::filesystem::current_path(), before);
 }
