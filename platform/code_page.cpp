@@ -60,6 +60,28 @@ std::size_t utf8Sequence(std::string_view s, std::size_t pos, char32_t& code) {
     return len;
 }
 
+// A byte that is not part of a UTF-8 sequence, read as Windows-1252.
+void appendWindows1252(std::string& out, unsigned char b) {
+    appendUtf8(out, b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
+}
+
+// Appends `bytes` to `out`, copying runs of ASCII whole, as every decoding here leaves
+// them; at each other byte, `decode(at)` appends what begins there and returns how many
+// bytes it took.
+template <typename Decode>
+void appendDecoded(std::string& out, std::string_view bytes, Decode decode) {
+    out.reserve(out.size() + bytes.size());
+    for (std::size_t from = 0; from < bytes.size();) {
+        std::size_t high = from;
+        while (high < bytes.size() && static_cast<unsigned char>(bytes[high]) < 0x80)
+            ++high;
+        out.append(bytes.substr(from, high - from));
+        if (high == bytes.size())
+            break;
+        from = high + decode(high);
+    }
+}
+
 // The iconv name of a Windows code page.
 std::string iconvName(unsigned codePage) {
     switch (codePage) {
@@ -168,12 +190,15 @@ locale_t utf8Locale() {
 
 std::string decodeFileText(std::string_view bytes) {
     std::string out;
-    out.reserve(bytes.size());
-    forEachCharacter(bytes, [&](std::string_view sequence, std::optional<char32_t> code) {
-        if (code)
-            out.append(sequence);
-        else
-            out += decodeWindows1252(sequence);
+    appendDecoded(out, bytes, [&](std::size_t at) {
+        char32_t code = 0;
+        std::size_t len = utf8Sequence(bytes, at, code);
+        if (len == 0) {
+            appendWindows1252(out, static_cast<unsigned char>(bytes[at]));
+            return std::size_t{1};
+        }
+        out.append(bytes.substr(at, len));
+        return len;
     });
     return out;
 }
@@ -227,19 +252,10 @@ std::optional<std::string> encodeCodePage(std::string_view utf8, unsigned codePa
 
 std::string decodeWindows1252(std::string_view bytes) {
     std::string out;
-    out.reserve(bytes.size());
-    // Runs of ASCII, the same in both, are copied whole.
-    for (std::size_t from = 0; from < bytes.size();) {
-        std::size_t high = from;
-        while (high < bytes.size() && static_cast<unsigned char>(bytes[high]) < 0x80)
-            ++high;
-        out.append(bytes.substr(from, high - from));
-        if (high == bytes.size())
-            break;
-        auto b = static_cast<unsigned char>(bytes[high]);
-        appendUtf8(out, b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
-        from = high + 1;
-    }
+    appendDecoded(out, bytes, [&](std::size_t at) {
+        appendWindows1252(out, static_cast<unsigned char>(bytes[at]));
+        return std::size_t{1};
+    });
     return out;
 }
 
