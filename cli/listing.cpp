@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <list>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -149,6 +150,20 @@ struct TreeOrder {
     bool stopped = false;
 };
 
+// The walk in the calling thread alone, where no other thread can be started.
+bool walkHere(FolderReader& reader, const std::string& folder,
+              const std::function<void(const ListedEntry&)>& each) {
+    std::vector<std::string> subfolders;
+    bool ok = reader.read(folder, [&](ListedEntry& entry) {
+        each(entry);
+        if (entry.isFolder)
+            subfolders.push_back(entry.path + "/");
+    });
+    for (const std::string& sub : subfolders)
+        ok = walkHere(reader, sub, each) && ok;
+    return ok;
+}
+
 // Ends the readers when the caller leaves, whether done or by an exception.
 struct StopReaders {
     TreeOrder& order;
@@ -202,8 +217,15 @@ bool Listing::listTree(const std::string& folder,
         }
     };
     std::vector<std::jthread> readers;
-    for (std::size_t i = 0; i < threads; ++i)
-        readers.emplace_back(readFolders);
+    try {
+        for (std::size_t i = 0; i < threads; ++i)
+            readers.emplace_back(readFolders);
+    } catch (const std::system_error&) {
+        if (readers.empty()) {
+            FolderReader reader(data, m_failsafe, true);
+            return walkHere(reader, folder, each);
+        }
+    }
 
     StopReaders stop{order};
     bool ok = true;
