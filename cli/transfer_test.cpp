@@ -66,7 +66,7 @@ TEST_F(TransferTest, AMoveCarriesEveryStoreAndLeavesNothingBehind) {
 
 TEST_F(TransferTest, ACopyKeepsTheSourceAndGivesEveryCopiedEntryItsDescription) {
     docs_.write("Album/p.jpg", "x");
-    describe(docs_ / "Album", "The album");
+    ASSERT_EQ(run({"set", "--export", docs_ / "Album", "The album"}), 0) << err_.str();
     describe(docs_ / "Album/p.jpg", "A photo");
     ASSERT_EQ(::chmod((docs_ / "Album/p.jpg").c_str(), 0640), 0);
     EXPECT_EQ(run({"cp", docs_ / "Album", docs_ / "Copy"}), 2) << "a folder needs -r";
@@ -74,6 +74,7 @@ TEST_F(TransferTest, ACopyKeepsTheSourceAndGivesEveryCopiedEntryItsDescription) 
     for (const char* folder : {"Album", "Copy"}) {
         SCOPED_TRACE(folder);
         EXPECT_EQ(get(docs_ / folder), "The album\n");
+        EXPECT_EQ(readFileBytes(docs_ / folder + ".description"), "The album\r\n");
         EXPECT_EQ(get(docs_ / folder + "/p.jpg"), "A photo\n");
         EXPECT_EQ(readFailsafeDB(failsafeFile(), docs_ / folder + "/p.jpg"), "A photo\r\n");
         EXPECT_EQ(std::filesystem::status(docs_ / folder + "/p.jpg").permissions(),
