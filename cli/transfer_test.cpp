@@ -53,15 +53,19 @@ TEST_F(TransferTest, AMoveCarriesEveryStoreAndLeavesNothingBehind) {
 
     const std::string shared = sharedFiles();
     docs_.write("taken.txt.description", "someone else's\r\n");
-    for (const auto& [source, destination] : {std::pair{"other.txt", "Pictures"},
-                                              {"other.txt", "taken.txt"},
-                                              {"Pictures", "Pictures/inner"},
-                                              {"gone.txt", "new.txt"}}) {
-        SCOPED_TRACE(std::string(source) + " to " + destination);
-        EXPECT_EQ(run({"mv", docs_ / source, docs_ / destination}), 2);
+    // A copy onto a described file must not hand it the source's description.
+    const std::tuple<const char*, const char*, const char*> refused[] = {
+        {"mv", "other.txt", "Pictures"},       {"mv", "other.txt", "taken.txt"},
+        {"mv", "Pictures", "Pictures/inner"},  {"mv", "gone.txt", "new.txt"},
+        {"cp", "other.txt", "Pictures/p.jpg"},
+    };
+    for (const auto& [verb, source, destination] : refused) {
+        SCOPED_TRACE(std::string(verb) + " " + source + " to " + destination);
+        EXPECT_EQ(run({verb, docs_ / source, docs_ / destination}), 2);
         EXPECT_EQ(sharedFiles(), shared);
     }
     EXPECT_EQ(get(docs_ / "other.txt"), "Other\n");
+    EXPECT_EQ(get(docs_ / "Pictures/p.jpg"), "A photo\n");
 }
 
 TEST_F(TransferTest, ACopyKeepsTheSourceAndGivesEveryCopiedEntryItsDescription) {
