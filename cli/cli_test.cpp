@@ -52,8 +52,11 @@ TEST_F(CliTest, EveryStoreRoundTripsAndGetPipedIntoSetChangesNothing) {
     EXPECT_EQ(out_.str(), cafe + "\nSecond\n");
     const std::string stored =
         readFileBytes(target + ".description") + readFileBytes(failsafeFile());
-    ASSERT_EQ(run({"set", "--export", target}, out_.str()), 0) << err_.str();
-    EXPECT_EQ(readFileBytes(target + ".description") + readFileBytes(failsafeFile()), stored);
+    // What get printed, and the same with Windows line ends.
+    for (const std::string& input : {out_.str(), cafe + "\r\nSecond\r\n"}) {
+        ASSERT_EQ(run({"set", "--export", target}, input), 0) << err_.str();
+        EXPECT_EQ(readFileBytes(target + ".description") + readFileBytes(failsafeFile()), stored);
+    }
     EXPECT_EQ(readFileBytes(indexFile()),
               "\"my \"plan\" r\xC3\xA9sum\xC3\xA9.txt\"\r\n             " + cafe +
                   "\r\n             Second\r\n");
