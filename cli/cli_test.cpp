@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -133,8 +134,9 @@ TEST_F(CliTest, StoreFilesAndSettingsOfAnyBytesSurviveASave) {
 }
 
 // Starts the real veskor-cli through env(1), which sets the test hook that kills it
-// after `stopAfterWrites` steps of a save (0: never).
-pid_t startCli(Args args, int stopAfterWrites = 0) {
+// after `stopAfterWrites` steps of a save (0: never); `streams` opens its standard streams.
+pid_t startCli(Args args, int stopAfterWrites = 0,
+               const posix_spawn_file_actions_t* streams = nullptr) {
     args.insert(args.begin(),
                 {"/usr/bin/env", "VESKOR_TEST_STOP_AFTER_WRITES=" + std::to_string(stopAfterWrites),
                  std::string(VESKOR_BINARY_DIR) + "/veskor-cli"});
@@ -143,7 +145,7 @@ pid_t startCli(Args args, int stopAfterWrites = 0) {
         argv.push_back(a.data());
     argv.push_back(nullptr);
     pid_t pid = 0;
-    EXPECT_EQ(posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ), 0);
+    EXPECT_EQ(posix_spawn(&pid, argv[0], streams, nullptr, argv.data(), environ), 0);
     return pid;
 }
 
@@ -230,6 +232,47 @@ TEST_F(CliTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) {
     EXPECT_EQ(readFileBytes(target_ + ".description"), "kept text\r\n");
     EXPECT_EQ(readFileBytes(failsafeFile()), record("kept text"));
     EXPECT_EQ(readFileBytes(indexFile()), "plan.txt     kept text\r\n");
+}
+
+// The program asks its error stream, not its input or output, whether a terminal shows
+// the progress line.
+TEST_F(CliTest, TheProgressLineGoesToAnErrorStreamOnATerminalOnly) {
+    describe(target_, "needle");
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    ASSERT_GE(terminal, 0);
+    char name[64] = {};
+    ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0 &&
+                ::ptsname_r(terminal, name, sizeof name) == 0);
+    const std::string file = program_ / "streams.txt";
+    // name, the standard streams opened on the terminal
+    const std::tuple<const char*, std::vector<int>, bool> rows[] = {
+        {"error stream on a terminal", {2}, true},
+        {"input and output on a terminal", {0, 1}, false},
+    };
+    for (const auto& [rowName, onTerminal, shown] : rows) {
+        SCOPED_TRACE(rowName);
+        posix_spawn_file_actions_t streams;
+        posix_spawn_file_actions_init(&streams);
+        for (int fd : {0, 1, 2}) {
+            if (std::find(onTerminal.begin(), onTerminal.end(), fd) != onTerminal.end())
+                posix_spawn_file_actions_addopen(&streams, fd, name, O_RDWR | O_NOCTTY, 0);
+            else if (fd == 0)
+                posix_spawn_file_actions_addopen(&streams, fd, "/dev/null", O_RDONLY, 0);
+            else
+                posix_spawn_file_actions_addopen(&streams, fd, file.c_str(),
+                                                 O_WRONLY | O_CREAT | O_APPEND, 0600);
+        }
+        std::remove(file.c_str());
+        EXPECT_EQ(waitFor(startCli({"find", "needle", docs_.path()}, 0, &streams)), 0);
+        posix_spawn_file_actions_destroy(&streams);
+        std::string written = readFileBytes(file);
+        char buffer[4096];
+        for (ssize_t n; (n = ::read(terminal, buffer, sizeof buffer)) > 0;)
+            written.append(buffer, static_cast<std::size_t>(n));
+        EXPECT_NE(written.find(target_), std::string::npos) << written;
+        EXPECT_EQ(written.find("veskor-cli: searched 1...") != std::string::npos, shown) << written;
+    }
+    ::close(terminal);
 }
 
 }  // namespace
