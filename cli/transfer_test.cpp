@@ -84,6 +84,8 @@ TEST_F(TransferTest, ACopyKeepsTheSourceAndGivesEveryCopiedEntryItsDescription) 
         EXPECT_EQ(std::filesystem::status(docs_ / folder + "/p.jpg").permissions(),
                   std::filesystem::perms(0640));
     }
+    EXPECT_EQ(readFileBytes(docs_ / "00_index.txt"),
+              "Copy         The album\r\nAlbum        The album\r\n");
 }
 
 // A folder on another file system, removed with everything in it.
