@@ -43,6 +43,10 @@ public:
 private:
     std::optional<int> refusal();
     bool carryEntry(const std::string& from, const std::string& to);
+    bool copyEntry(const std::string& from, const std::string& to);
+    // Runs mv or cp, showing on a terminal how long it has been running; true when it
+    // exits 0.
+    bool runCoreutil(const std::vector<std::string>& argv, const std::string& from);
     void carryExportedFile();
     void carryIndexEntry(const std::string& indexText);
     void carryFailsafeRecords();
@@ -85,18 +89,45 @@ std::optional<int> Transferring::refusal() {
 // A rename where it can; across file systems, and for every copy, the coreutils that
 // keep mode, times, links and extended attributes.
 bool Transferring::carryEntry(const std::string& from, const std::string& to) {
-    if (!m_transfer.keepSource) {
-        std::error_code ec = renameNoReplace(from, to);
-        if (!ec || ec.value() != EXDEV) {
-            if (ec)
-                m_session.complain(from + ": cannot be moved: " + ec.message());
-            return !ec;
-        }
-    }
-    std::vector<std::string> argv = {m_transfer.keepSource ? "cp" : "mv", "-T", "-n"};
     if (m_transfer.keepSource)
-        argv.push_back("-a");
-    argv.insert(argv.end(), {"--", from, to});
+        return copyEntry(from, to);
+    std::error_code ec = renameNoReplace(from, to);
+    if (!ec || ec.value() != EXDEV) {
+        if (ec)
+            m_session.complain(from + ": cannot be moved: " + ec.message());
+        return !ec;
+    }
+    // mv -n leaves the source where it was when the destination appeared meanwhile.
+    if (!runCoreutil({"mv", "-T", "-n", "--", from, to}, from) || !somethingAt(to) ||
+        somethingAt(from)) {
+        m_session.complain(from + ": cannot be moved");
+        return false;
+    }
+    return true;
+}
+
+// The copy is made in a hidden folder beside the destination and renamed into place,
+// which fails when the destination appeared meanwhile: cp -n would then skip the copy
+// and still report success, and the stores would describe the other file.
+bool Transferring::copyEntry(const std::string& from, const std::string& to) {
+    std::string staging;
+    if (std::error_code ec =
+            createUniqueFolder(std::string(folderOf(to)) + ".veskor-copy-", staging)) {
+        m_session.complain(to + ": cannot be copied to: " + ec.message());
+        return false;
+    }
+    const std::string staged = staging + "/" + std::string(lastComponent(to));
+    std::error_code ec;
+    const bool copied = runCoreutil({"cp", "-T", "-n", "-a", "--", from, staged}, from) &&
+                        somethingAt(staged) && !(ec = renameNoReplace(staged, to));
+    std::error_code ignored;
+    std::filesystem::remove_all(staging, ignored);
+    if (!copied)
+        m_session.complain(from + ": cannot be copied" + (ec ? ": " + ec.message() : ""));
+    return copied;
+}
+
+bool Transferring::runCoreutil(const std::vector<std::string>& argv, const std::string& from) {
     const auto started = std::chrono::steady_clock::now();
     int status = -1;
     std::error_code ec = runAndWait(argv, status, [&] {
@@ -104,11 +135,7 @@ bool Transferring::carryEntry(const std::string& from, const std::string& to) {
             std::chrono::steady_clock::now() - started);
         m_progress.show(from + " (" + std::to_string(seconds.count()) + " s)");
     });
-    if (ec || status != 0 || !somethingAt(to) || somethingAt(from) == !m_transfer.keepSource) {
-        m_session.complain(from + ": cannot be " + (m_transfer.keepSource ? "copied" : "moved"));
-        return false;
-    }
-    return true;
+    return !ec && status == 0;
 }
 
 void Transferring::carryExportedFile() {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "platform/code_page.h"
@@ -86,6 +87,28 @@ TEST_F(TransferTest, ACopyKeepsTheSourceAndGivesEveryCopiedEntryItsDescription) 
     }
     EXPECT_EQ(readFileBytes(docs_ / "00_index.txt"),
               "Copy         The album\r\nAlbum        The album\r\n");
+}
+
+// cp -n skips a destination that appears while it runs and still exits 0: the copy must
+// then fail and leave that file, and the stores, as the other program made them.
+TEST_F(TransferTest, ADestinationThatAppearsDuringTheCopyIsLeftAsItWas) {
+    describe(docs_.write("plan.txt", "x"), "Plan");
+    const std::string destination = docs_ / "copy.txt", shared = sharedFiles();
+    // A cp that lets another program make the destination just before it copies.
+    const std::string cp = program_.write(
+        "tools/cp", "#!/bin/sh\nprintf theirs > '" + destination + "'\nexec /bin/cp \"$@\"\n");
+    ASSERT_EQ(::chmod(cp.c_str(), 0755), 0);
+    const std::string path = std::getenv("PATH");
+    ASSERT_EQ(::setenv("PATH", (program_ / "tools:" + path).c_str(), 1), 0);
+    const int exitCode = run({"cp", docs_ / "plan.txt", destination});
+    ::setenv("PATH", path.c_str(), 1);
+
+    EXPECT_EQ(exitCode, 1) << err_.str();
+    EXPECT_EQ(readFileBytes(destination), "theirs");
+    EXPECT_EQ(get(destination), "(none)");
+    EXPECT_EQ(sharedFiles(), shared);
+    for (const auto& item : std::filesystem::directory_iterator(docs_.path()))
+        EXPECT_FALSE(item.path().filename().string().starts_with(".veskor-copy-")) << item.path();
 }
 
 // A folder on another file system, removed with everything in it.

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -61,6 +62,13 @@ std::error_code createFolder(const std::string& path, unsigned mode) {
     if (err == EEXIST && ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode))
         return {};
     return {err, std::generic_category()};
+}
+
+std::error_code createUniqueFolder(const std::string& prefix, std::string& path) {
+    path = prefix + "XXXXXX";
+    if (!::mkdtemp(path.data()))
+        return lastError();
+    return {};
 }
 
 std::error_code createFolders(const std::string& path, unsigned mode) {

@@ -20,6 +20,10 @@
 // Creates one folder with the given mode; an existing folder is no error.
 [[nodiscard]] std::error_code createFolder(const std::string& path, unsigned mode = 0777);
 
+// Creates a new folder, mode 0700, named `prefix` followed by six characters that make
+// the name unique, and sets `path` to it.
+[[nodiscard]] std::error_code createUniqueFolder(const std::string& prefix, std::string& path);
+
 // Creates a folder and its missing parents, each with the given mode.
 [[nodiscard]] std::error_code createFolders(const std::string& path, unsigned mode = 0777);
 
