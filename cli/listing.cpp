@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <list>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -150,20 +151,6 @@ struct TreeOrder {
     bool stopped = false;
 };
 
-// The walk in the calling thread alone, where no other thread can be started.
-bool walkHere(FolderReader& reader, const std::string& folder,
-              const std::function<void(const ListedEntry&)>& each) {
-    std::vector<std::string> subfolders;
-    bool ok = reader.read(folder, [&](ListedEntry& entry) {
-        each(entry);
-        if (entry.isFolder)
-            subfolders.push_back(entry.path + "/");
-    });
-    for (const std::string& sub : subfolders)
-        ok = walkHere(reader, sub, each) && ok;
-    return ok;
-}
-
 // Ends the readers when the caller leaves, whether done or by an exception.
 struct StopReaders {
     TreeOrder& order;
@@ -176,16 +163,41 @@ struct StopReaders {
 
 }  // namespace
 
-bool Listing::listTree(const std::string& folder,
-                       const std::function<void(const ListedEntry&)>& each) {
+std::size_t Listing::defaultReaders() {
     // Reading the entries' attributes is the kernel's work, which runs on every
     // processor at once.
-    const std::size_t threads = std::clamp(std::thread::hardware_concurrency(), 1u, 4u);
-    const std::size_t ahead = threads + 1;
+    return std::clamp(std::thread::hardware_concurrency(), 1u, 4u);
+}
+
+bool Listing::listTree(const std::string& folder,
+                       const std::function<void(const ListedEntry&)>& each, std::size_t readers) {
+    const std::size_t ahead = readers + 1;
     TreeOrder order;
     order.folders.emplace_back(folder);
     const DataPaths data = m_session.state.data;
 
+    // Reads the folder, with the lock held on entry and on return; its folders join the
+    // order right after it.
+    auto readOne = [&](FolderReader& reader, std::unique_lock<std::mutex>& lock,
+                       std::list<TreeOrder::Folder>::iterator next) {
+        next->stage = TreeOrder::Stage::Reading;
+        lock.unlock();
+        std::vector<ListedEntry> entries;
+        std::vector<std::string> subfolders;
+        const bool readable = reader.read(next->path, [&](ListedEntry& entry) {
+            if (entry.isFolder)
+                subfolders.push_back(entry.path + "/");
+            entries.push_back(std::move(entry));
+        });
+        lock.lock();
+        next->entries = std::move(entries);
+        next->readable = readable;
+        next->stage = TreeOrder::Stage::Read;
+        const auto after = std::next(next);
+        for (std::string& path : subfolders)
+            order.folders.emplace(after, std::move(path));
+        order.changed.notify_all();
+    };
     auto readFolders = [&] {
         // Each thread enters the folders it reads; without a current folder of its own,
         // it names the entries by their full paths.
@@ -193,44 +205,29 @@ bool Listing::listTree(const std::string& folder,
         std::unique_lock lock(order.mutex);
         while (!order.stopped && !order.folders.empty()) {
             auto next = order.nextToRead(ahead);
-            if (next == order.folders.end()) {
+            if (next == order.folders.end())
                 order.changed.wait(lock);
-                continue;
-            }
-            next->stage = TreeOrder::Stage::Reading;
-            lock.unlock();
-            std::vector<ListedEntry> entries;
-            std::vector<std::string> subfolders;
-            const bool readable = reader.read(next->path, [&](ListedEntry& entry) {
-                if (entry.isFolder)
-                    subfolders.push_back(entry.path + "/");
-                entries.push_back(std::move(entry));
-            });
-            lock.lock();
-            next->entries = std::move(entries);
-            next->readable = readable;
-            next->stage = TreeOrder::Stage::Read;
-            const auto after = std::next(next);
-            for (std::string& path : subfolders)
-                order.folders.emplace(after, std::move(path));
-            order.changed.notify_all();
+            else
+                readOne(reader, lock, next);
         }
     };
-    std::vector<std::jthread> readers;
+    std::vector<std::jthread> threads;
     try {
-        for (std::size_t i = 0; i < threads; ++i)
-            readers.emplace_back(readFolders);
+        for (std::size_t i = 0; i < readers; ++i)
+            threads.emplace_back(readFolders);
     } catch (const std::system_error&) {
-        if (readers.empty()) {
-            FolderReader reader(data, m_failsafe, true);
-            return walkHere(reader, folder, each);
-        }
+        // Fewer threads read; with none, this one reads each folder as its turn comes.
     }
+    std::optional<FolderReader> here;
+    if (threads.empty())
+        here.emplace(data, m_failsafe, true);
 
     StopReaders stop{order};
     bool ok = true;
     std::unique_lock lock(order.mutex);
     while (!order.folders.empty()) {
+        if (here && order.folders.front().stage == TreeOrder::Stage::Waiting)
+            readOne(*here, lock, order.folders.begin());
         order.changed.wait(lock,
                            [&] { return order.folders.front().stage == TreeOrder::Stage::Read; });
         TreeOrder::Folder next = std::move(order.folders.front());

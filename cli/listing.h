@@ -31,10 +31,16 @@ public:
     bool listFolder(const std::string& folder, const std::function<void(const ListedEntry&)>& each);
 
     // The same for the folder, then for each of its folders in turn and everything under
-    // it; links to folders are not followed. False when any folder could not be read (the others
-    // still are). The next few folders are read ahead, one per processor, while `each`
-    // takes the entries of the first; memory holds those folders' entries only.
-    bool listTree(const std::string& folder, const std::function<void(const ListedEntry&)>& each);
+    // it; links to folders are not followed. False when any folder could not be read (the
+    // others still are). The next few folders are read ahead by `readers` threads while
+    // `each` takes the entries of the first; with none (or where no thread can be
+    // started) the calling thread reads each folder in turn. The order is the same either
+    // way; memory holds the entries of the folders read ahead only.
+    bool listTree(const std::string& folder, const std::function<void(const ListedEntry&)>& each,
+                  std::size_t readers = defaultReaders());
+
+    // One per processor, four at most.
+    static std::size_t defaultReaders();
 
 private:
     Session& m_session;

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <set>
+#include <sstream>
 
 #include "cli/json_lines.h"
 #include "platform/code_page.h"
@@ -148,6 +149,22 @@ TEST_F(ListingTest, FindWalksTheTreeDepthFirstInByteOrder) {
     ASSERT_EQ(run({"find", "needle", docs_.path()}), 0) << err_.str();
     EXPECT_EQ(out_.str(), expected);
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 11);
+
+    // Where no thread can be started, the calling thread reads each folder in turn.
+    std::istringstream in;
+    Session session(program_.path(), {in, out_, err_});
+    ASSERT_TRUE(session.start());
+    std::string alone;
+    const bool read = Listing(session, docs_.path())
+                          .listTree(
+                              docs_.path(),
+                              [&](const ListedEntry& entry) {
+                                  if (!entry.text.empty())
+                                      alone += entry.path + "\n";
+                              },
+                              0);
+    EXPECT_TRUE(read);
+    EXPECT_EQ(alone, expected);
 }
 
 // The progress line goes to a terminal only, and is wiped before the call ends.
