@@ -235,7 +235,7 @@ TEST_F(CliTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) {
 }
 
 // The program asks its error stream, not its input or output, whether a terminal shows
-// the progress line.
+// the progress line, and wipes the line before it ends.
 TEST_F(CliTest, TheProgressLineGoesToAnErrorStreamOnATerminalOnly) {
     describe(target_, "needle");
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
@@ -271,6 +271,7 @@ TEST_F(CliTest, TheProgressLineGoesToAnErrorStreamOnATerminalOnly) {
             written.append(buffer, static_cast<std::size_t>(n));
         EXPECT_NE(written.find(target_), std::string::npos) << written;
         EXPECT_EQ(written.find("veskor-cli: searched 1...") != std::string::npos, shown) << written;
+        EXPECT_EQ(written.ends_with("\r"), shown) << "the line is wiped at the end: " << written;
     }
     ::close(terminal);
 }

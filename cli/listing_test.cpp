@@ -167,19 +167,6 @@ TEST_F(ListingTest, FindWalksTheTreeDepthFirstInByteOrder) {
     EXPECT_EQ(alone, expected);
 }
 
-// The progress line goes to a terminal only, and is wiped before the call ends.
-TEST_F(ListingTest, ProgressShowsOnATerminalOnly) {
-    describe(docs_.write("a.txt", "x"), "needle");
-    for (bool terminal : {false, true}) {
-        SCOPED_TRACE(terminal ? "terminal" : "pipe");
-        ASSERT_EQ(run({"find", "needle", docs_.path()}, "", terminal), 0);
-        EXPECT_EQ(out_.str(), docs_ / "a.txt\n");
-        const std::string err = err_.str();
-        EXPECT_EQ(err.find("\rveskor-cli: searched 1...") != std::string::npos, terminal) << err;
-        EXPECT_TRUE(err.empty() || err.ends_with("\r")) << err;
-    }
-}
-
 // A folder that cannot be read fails the call (exit 1), and the folders after it are
 // still read, in their order.
 TEST_F(ListingTest, AFolderThatCannotBeReadFailsTheWalkButNotTheFoldersAfterIt) {
