@@ -111,22 +111,6 @@ TEST_F(TransferTest, ADestinationThatAppearsDuringTheCopyIsLeftAsItWas) {
         EXPECT_FALSE(item.path().filename().string().starts_with(".veskor-copy-")) << item.path();
 }
 
-// A folder on another file system, removed with everything in it.
-class OtherFileSystem {
-public:
-    explicit OtherFileSystem(const std::string& base) {
-        std::string pattern = base + "/veskor-test-XXXXXX";
-        if (::mkdtemp(pattern.data()))
-            path = pattern + "/";
-    }
-    ~OtherFileSystem() {
-        std::error_code ec;
-        if (!path.empty())
-            std::filesystem::remove_all(path, ec);
-    }
-    std::string path;
-};
-
 dev_t deviceOf(const std::string& path) {
     struct stat st {};
     return ::stat(path.c_str(), &st) == 0 ? st.st_dev : 0;
@@ -135,10 +119,12 @@ dev_t deviceOf(const std::string& path) {
 // The rename that works within a file system fails across two: the entry must arrive
 // with its extended attributes (the summary stream), mode and times.
 TEST_F(TransferTest, AMoveToAnotherFileSystemKeepsTheDescriptionInTheFileItself) {
-    OtherFileSystem shm("/dev/shm");
-    if (shm.path.empty() || deviceOf(shm.path) == deviceOf(docs_.path()))
-        GTEST_SKIP() << "no second file system: /dev/shm is missing or on the test folder's";
-    const std::string source = shm.path + "plan.txt", destination = docs_ / "plan.txt";
+    if (!std::filesystem::is_directory("/dev/shm"))
+        GTEST_SKIP() << "no second file system: /dev/shm is missing";
+    const TempDir shm("/dev/shm");
+    if (deviceOf(shm.path()) == deviceOf(docs_.path()))
+        GTEST_SKIP() << "no second file system: /dev/shm is on the test folder's";
+    const std::string source = shm / "plan.txt", destination = docs_ / "plan.txt";
     writeFileBytes(source, "content");
     if (replaceStream(source, "probe", "") != StreamStatus::Ok)
         GTEST_SKIP() << "/dev/shm keeps no user extended attributes on this kernel";

@@ -7,8 +7,9 @@
 
 namespace fs = std::filesystem;
 
-TempDir::TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "veskor-test-XXXXXX").string();
+TempDir::TempDir(const std::string& base) {
+    std::string pattern =
+        (base.empty() ? fs::temp_directory_path() : fs::path(base)) / "veskor-test-XXXXXX";
     if (!mkdtemp(pattern.data()))
         throw std::runtime_error("cannot create a temporary folder");
     m_path = pattern + "/";

@@ -4,11 +4,11 @@
 #include <string>
 #include <string_view>
 
-// A fresh folder under the system's temporary folder, removed with everything in it
-// when the object goes. path() ends in "/".
+// A fresh folder under `base` (by default the system's temporary folder), removed with
+// everything in it when the object goes. path() ends in "/".
 class TempDir {
 public:
-    TempDir();
+    explicit TempDir(const std::string& base = "");
     ~TempDir();
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
