@@ -104,28 +104,21 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
     const Property utf16 =
         comments(fromHex("1E 00 00 00 0C 00 00 00 47 00 72 00 FC 00 DF 00 A9 03 00 00"));
     const Property sjis = comments(fromHex("1E 00 00 00 08 00 00 00 93 FA 96 7B 8C EA 00 00"));
+    const Property cafe = comments(lpstr("caf\xE9", 8)), fresh = comments(lpstr("new", 4));
+    const Property cp1252 = codePage(1252), asI4{1, le32(3) + le32(1252)};
     using Properties = std::vector<Property>;
     const std::tuple<const char*, Properties, std::string, Properties> rows[] = {
         {"another program's set: Comments first, a wide string",
          {comments(lpstr("old text", 9)), plan, kCreated, {kSubjectId, kWide}},
          "new",
-         {codePage(1252), plan, kCreated, {kSubjectId, kEmptyLpstr}, comments(lpstr("new", 4))}},
-        {"1252 -> 65001", {codePage(1252), ansi}, "\xCE\xA9", {codePage(65001), utf8, omega}},
+         {cp1252, plan, kCreated, {kSubjectId, kEmptyLpstr}, fresh}},
+        {"1252 -> 65001", {cp1252, ansi}, "\xCE\xA9", {codePage(65001), utf8, omega}},
         {"none -> 65001", {ansi, kCreated}, "\xCE\xA9", {codePage(65001), utf8, kCreated, omega}},
-        {"0 -> 1252",
-         {codePage(0), ansi},
-         "caf\xC3\xA9",
-         {codePage(1252), ansi, comments(lpstr("caf\xE9", 8))}},
+        {"0 -> 1252", {codePage(0), ansi}, "caf\xC3\xA9", {cp1252, ansi, cafe}},
         {"0 -> 65001", {ansi, codePage(0)}, "\xCE\xA9", {utf8, codePage(65001), omega}},
-        {"unknown page -> 1252",
-         {codePage(12345), ansi},
-         "caf\xC3\xA9",
-         {codePage(1252), ansi, comments(lpstr("caf\xE9", 8))}},
-        {"UTF-16BE -> 1252", {codePage(1201)}, "new", {codePage(1252), comments(lpstr("new", 4))}},
-        {"CodePage as VT_I4 -> 1252",
-         {{1, le32(3) + le32(1252)}, ansi},
-         "new",
-         {codePage(1252), ansi, comments(lpstr("new", 4))}},
+        {"unknown page -> 1252", {codePage(12345), ansi}, "caf\xC3\xA9", {cp1252, ansi, cafe}},
+        {"UTF-16BE -> 1252", {codePage(1201)}, "new", {cp1252, fresh}},
+        {"CodePage as VT_I4 -> 1252", {asI4, ansi}, "new", {cp1252, ansi, fresh}},
         {"1200 (UTF-16)", {codePage(1200)}, "Gr\xC3\xBC\xC3\x9F\xCE\xA9", {codePage(1200), utf16}},
         {"932", {codePage(932)}, "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", {codePage(932), sjis}},
     };
