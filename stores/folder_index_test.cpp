@@ -39,12 +39,13 @@ public:
         return {dir / name, name, dir.path(), dir / "00_index.txt"};
     }
 
-    WriteResult save(const std::string& name, const std::string& desc, int removeFlag = 0) {
+    WriteResult save(const std::string& name, const std::string& desc,
+                     std::chrono::milliseconds lockTimeout = kFolderLockTimeout) {
         SharedState state;
         state.target = targetFor(name);
         state.targetFileDesc = desc;
-        state.removeTargetFileDescFlag = removeFlag;
-        return update00IndexFile(state, prompter);
+        state.removeTargetFileDescFlag = desc.empty() ? 1 : 0;
+        return update00IndexFile(state, prompter, lockTimeout);
     }
 
     std::string read(const std::string& name) const { return read00IndexFile(targetFor(name)); }
@@ -152,10 +153,7 @@ TEST(FolderIndexTest, FailuresShowTheirMessageAndKeepTheOldIndex) {
         ASSERT_EQ(::chmod((folder.dir / "00_index.txt").c_str(), readOnly ? 0444 : 0644), 0);
         FolderLock otherSave;
         ASSERT_FALSE(!readOnly && otherSave.acquire(folder.dir.path(), 0ms));
-        SharedState state;
-        state.target = folder.targetFor("notes.txt");
-        state.targetFileDesc = "New";
-        EXPECT_EQ(update00IndexFile(state, folder.prompter, 50ms), WriteResult::Error);
+        EXPECT_EQ(folder.save("notes.txt", "New", 50ms), WriteResult::Error);
         ASSERT_EQ(
             folder.prompter.texts(),
             std::vector<std::string>{"Error: Problem while updating '00_index.txt' file.\r\n"
@@ -169,11 +167,11 @@ TEST(FolderIndexTest, FailuresShowTheirMessageAndKeepTheOldIndex) {
 TEST(FolderIndexTest, DeletingTheLastEntryDeletesTheIndex) {
     IndexFolder folder({"notes.txt", "a.txt"});
     folder.writeIndex("notes.txt    N\r\na.txt        A\r\n");
-    ASSERT_EQ(folder.save("notes.txt", "", 1), WriteResult::Ok);
+    ASSERT_EQ(folder.save("notes.txt", ""), WriteResult::Ok);
     EXPECT_EQ(folder.index(), "a.txt        A\r\n");
-    ASSERT_EQ(folder.save("a.txt", "", 1), WriteResult::Ok);
+    ASSERT_EQ(folder.save("a.txt", ""), WriteResult::Ok);
     EXPECT_FALSE(std::filesystem::exists(folder.dir / "00_index.txt"));
-    EXPECT_EQ(folder.save("a.txt", "", 1), WriteResult::Ok) << "no index at all";
+    EXPECT_EQ(folder.save("a.txt", ""), WriteResult::Ok) << "no index at all";
     EXPECT_TRUE(folder.prompter.shown.empty());
 }
 
