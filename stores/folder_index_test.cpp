@@ -106,27 +106,6 @@ TEST(FolderIndexTest, NewEntryComesFirstWithoutOldEntriesMissingItemsOrEmptyLine
     }
 }
 
-// A name that is not UTF-8 (Latin-1, from an old archive) is matched on its bytes: its
-// entry is replaced, read and kept like any other. Only the text read is decoded.
-TEST(FolderIndexTest, ANameInAnyEncodingFindsItsOwnEntry) {
-    const std::string latin1 = "caf\xE9.txt", entry = latin1 + "     ";
-    IndexFolder folder({latin1, "a.txt"});
-    ASSERT_EQ(folder.save(latin1, "One"), WriteResult::Ok);
-    ASSERT_EQ(folder.save(latin1, "Two \xC3\xA9"), WriteResult::Ok);
-    EXPECT_EQ(folder.index(), entry + "Two \xC3\xA9\r\n");
-    EXPECT_EQ(folder.read(latin1), "Two \xC3\xA9\r\n");
-    ASSERT_EQ(folder.save("a.txt", "A"), WriteResult::Ok);
-    ASSERT_EQ(folder.save("a.txt", "A"), WriteResult::Ok);
-    EXPECT_EQ(folder.index(), "a.txt        A\r\n" + entry + "Two \xC3\xA9\r\n");
-
-    // A Windows program's index names the UTF-8 file in its own code page.
-    IndexFolder windows({"caf\xC3\xA9.txt", "a.txt"});
-    windows.writeIndex(entry + "d\xE9j\xE0\r\na.txt        A\r\n");
-    EXPECT_EQ(windows.read("caf\xC3\xA9.txt"), "d\xC3\xA9j\xC3\xA0\r\n");
-    ASSERT_EQ(windows.save("caf\xC3\xA9.txt", "New"), WriteResult::Ok);
-    EXPECT_EQ(windows.index(), "caf\xC3\xA9.txt     New\r\na.txt        A\r\n");
-}
-
 TEST(FolderIndexTest, AdoptsTheOlderNameButNeverOverwritesAnIndex) {
     for (const bool besideAnIndex : {false, true}) {
         SCOPED_TRACE(besideAnIndex ? "beside 00_index.txt" : "alone");
