@@ -56,7 +56,7 @@ public:
     ScriptedPrompter prompter;
 };
 
-TEST(FolderIndexTest, WritesTheShortOrTheQuotedFormAndReadsItBack) {
+TEST(FolderIndexTest, WritesTheShortOrTheQuotedFormReadsItBackAndDeletesIt) {
     const std::tuple<const char*, std::string, std::string, std::string> kCases[] = {
         {"short form", "notes.txt", "One\r\nTwo", "notes.txt    One\r\n" + blanks("Two\r\n")},
         {"quoted for a blank", "a b.txt", "One\r\nTwo",
@@ -71,6 +71,9 @@ TEST(FolderIndexTest, WritesTheShortOrTheQuotedFormAndReadsItBack) {
         ASSERT_EQ(folder.save(item, desc), WriteResult::Ok);
         EXPECT_EQ(folder.index(), index);
         EXPECT_EQ(folder.read(item), desc + "\r\n");
+        ASSERT_EQ(folder.save(item, ""), WriteResult::Ok);
+        EXPECT_FALSE(std::filesystem::exists(folder.dir / "00_index.txt"));
+        EXPECT_EQ(folder.save(item, ""), WriteResult::Ok) << "no index at all";
     }
 }
 
@@ -141,17 +144,6 @@ TEST(FolderIndexTest, FailuresShowTheirMessageAndKeepTheOldIndex) {
         EXPECT_EQ(folder.index(), oldIndex);
         EXPECT_FALSE(std::filesystem::exists(folder.dir / "00_index.txt.tmp"));
     }
-}
-
-TEST(FolderIndexTest, DeletingTheLastEntryDeletesTheIndex) {
-    IndexFolder folder({"notes.txt", "a.txt"});
-    folder.writeIndex("notes.txt    N\r\na.txt        A\r\n");
-    ASSERT_EQ(folder.save("notes.txt", ""), WriteResult::Ok);
-    EXPECT_EQ(folder.index(), "a.txt        A\r\n");
-    ASSERT_EQ(folder.save("a.txt", ""), WriteResult::Ok);
-    EXPECT_FALSE(std::filesystem::exists(folder.dir / "00_index.txt"));
-    EXPECT_EQ(folder.save("a.txt", ""), WriteResult::Ok) << "no index at all";
-    EXPECT_TRUE(folder.prompter.shown.empty());
 }
 
 // Real veskor-cli processes, all started before the first has finished, each saving
