@@ -64,6 +64,8 @@ TEST(FolderIndexTest, WritesTheShortOrTheQuotedFormReadsItBackAndDeletesIt) {
         {"12 characters: one blank", "abcdefgh.txt", "Text", "abcdefgh.txt Text\r\n"},
         {"13 characters", "abcdefghi.txt", "Text", "\"abcdefghi.txt\"\r\n" + blanks("Text\r\n")},
         {"characters, not bytes", "caf\xC3\xA9.txt", "Text", "caf\xC3\xA9.txt     Text\r\n"},
+        {"a name that is not UTF-8 keeps its bytes", "caf\xE9.txt", "Text",
+         "caf\xE9.txt     Text\r\n"},
     };
     for (const auto& [name, item, desc, index] : kCases) {
         SCOPED_TRACE(name);
@@ -98,10 +100,13 @@ TEST(FolderIndexTest, NewEntryComesFirstWithoutOldEntriesMissingItemsOrEmptyLine
         {"quoted entry of an existing folder", letters + a, "", letters + a},
         {"Windows-1252 line of an existing item passes as its bytes",
          "caf\xE9.txt     d\xE9j\xE0\r\n" + a, "", "caf\xE9.txt     d\xE9j\xE0\r\n" + a},
+        {"Latin-1 name of an existing item", "r\xE9sum\xE9.txt   x\r\n" + a, "",
+         "r\xE9sum\xE9.txt   x\r\n" + a},
     };
     for (const auto& [name, oldIndex, read, kept] : kCases) {
         SCOPED_TRACE(name);
-        IndexFolder folder({"notes.txt", "a.txt", "b.txt", "Old Letters/x", "caf\xC3\xA9.txt"});
+        IndexFolder folder({"notes.txt", "a.txt", "b.txt", "Old Letters/x", "caf\xC3\xA9.txt",
+                            "r\xE9sum\xE9.txt"});
         folder.writeIndex(oldIndex);
         EXPECT_EQ(folder.read("notes.txt"), read);
         ASSERT_EQ(folder.save("notes.txt", "New"), WriteResult::Ok);
