@@ -20,6 +20,7 @@
 #include "platform/code_page.h"
 #include "platform/lookup.h"
 #include "tests/cli_fixture.h"
+#include "tests/loop_volume.h"
 
 extern char** environ;
 
@@ -134,9 +135,8 @@ TEST_F(CliTest, StoreFilesAndSettingsOfAnyBytesSurviveASave) {
 }
 
 // Starts the real veskor-cli through env(1), which sets the test hook that kills it
-// after `stopAfterWrites` steps of a save (0: never); `streams` opens its standard streams.
-pid_t startCli(Args args, int stopAfterWrites = 0,
-               const posix_spawn_file_actions_t* streams = nullptr) {
+// after `stopAfterWrites` steps of a save (0: never).
+pid_t startCli(Args args, int stopAfterWrites = 0) {
     args.insert(args.begin(),
                 {"/usr/bin/env", "VESKOR_TEST_STOP_AFTER_WRITES=" + std::to_string(stopAfterWrites),
                  std::string(VESKOR_BINARY_DIR) + "/veskor-cli"});
@@ -145,7 +145,7 @@ pid_t startCli(Args args, int stopAfterWrites = 0,
         argv.push_back(a.data());
     argv.push_back(nullptr);
     pid_t pid = 0;
-    EXPECT_EQ(posix_spawn(&pid, argv[0], streams, nullptr, argv.data(), environ), 0);
+    EXPECT_EQ(posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ), 0);
     return pid;
 }
 
@@ -243,29 +243,19 @@ TEST_F(CliTest, TheProgressLineGoesToAnErrorStreamOnATerminalOnly) {
     char name[64] = {};
     ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0 &&
                 ::ptsname_r(terminal, name, sizeof name) == 0);
-    const std::string file = program_ / "streams.txt";
-    // name, the standard streams opened on the terminal
-    const std::tuple<const char*, std::vector<int>, bool> rows[] = {
-        {"error stream on a terminal", {2}, true},
-        {"input and output on a terminal", {0, 1}, false},
+    const std::string pty = name;
+    // name, the redirections of the call's standard streams
+    const std::tuple<const char*, std::string, bool> rows[] = {
+        {"error stream on a terminal", "</dev/null 2>" + pty, true},
+        {"input and output on a terminal", "<" + pty + " 2>&1 >" + pty, false},
     };
-    for (const auto& [rowName, onTerminal, shown] : rows) {
+    for (const auto& [rowName, redirections, shown] : rows) {
         SCOPED_TRACE(rowName);
-        posix_spawn_file_actions_t streams;
-        posix_spawn_file_actions_init(&streams);
-        for (int fd : {0, 1, 2}) {
-            if (std::find(onTerminal.begin(), onTerminal.end(), fd) != onTerminal.end())
-                posix_spawn_file_actions_addopen(&streams, fd, name, O_RDWR | O_NOCTTY, 0);
-            else if (fd == 0)
-                posix_spawn_file_actions_addopen(&streams, fd, "/dev/null", O_RDONLY, 0);
-            else
-                posix_spawn_file_actions_addopen(&streams, fd, file.c_str(),
-                                                 O_WRONLY | O_CREAT | O_APPEND, 0600);
-        }
-        std::remove(file.c_str());
-        EXPECT_EQ(waitFor(startCli({"find", "needle", docs_.path()}, 0, &streams)), 0);
-        posix_spawn_file_actions_destroy(&streams);
-        std::string written = readFileBytes(file);
+        std::string written;
+        EXPECT_EQ(runShell("(" + std::string(VESKOR_BINARY_DIR) + "/veskor-cli find needle " +
+                               docs_.path() + " " + redirections + ")",
+                           &written),
+                  0);
         char buffer[4096];
         for (ssize_t n; (n = ::read(terminal, buffer, sizeof buffer)) > 0;)
             written.append(buffer, static_cast<std::size_t>(n));
