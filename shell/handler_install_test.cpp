@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+#include "tests/loop_volume.h"
 #include "tests/scripted_prompter.h"
 #include "tests/temp_dir.h"
 
@@ -50,10 +51,9 @@ TEST_F(HandlerInstallTest, OnlyYesInstallsAValidEntryForEveryFileAndFolderAndOnl
     EXPECT_NE(file(kEntry).find(exec), std::string::npos);
     EXPECT_NE(file(kEntry).find("\nMimeType=application/octet-stream;inode/directory;\n"),
               std::string::npos);
-    const std::string said = home.home() + "/validate.out";  // nothing, of a valid entry
-    const std::string validate = "desktop-file-validate '" + data / kEntry + "' >" + said;
-    EXPECT_EQ(std::system((validate + " 2>&1").c_str()), 0);
-    EXPECT_EQ(readFileBytes(said), "");
+    std::string said;  // nothing, of a valid entry
+    EXPECT_EQ(runShell("(desktop-file-validate '" + data / kEntry + "' 2>&1)", &said), 0);
+    EXPECT_EQ(said, "");
     EXPECT_NE(file(kServiceMenu).find(exec), std::string::npos);
     EXPECT_EQ(file(kScript),
               "#!/bin/sh\n# Opens the selected file or folder in Veskor.\n"
