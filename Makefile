@@ -51,4 +51,4 @@ check-package: package
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
-ci: test check-asan fuzz-smoke check-package
+ci: test check-asan release fuzz-smoke check-package

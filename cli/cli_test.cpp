@@ -252,10 +252,9 @@ TEST_F(CliTest, TheProgressLineGoesToAnErrorStreamOnATerminalOnly) {
     for (const auto& [rowName, redirections, shown] : rows) {
         SCOPED_TRACE(rowName);
         std::string written;
-        EXPECT_EQ(runShell("(" + std::string(VESKOR_BINARY_DIR) + "/veskor-cli find needle " +
-                               docs_.path() + " " + redirections + ")",
-                           &written),
-                  0);
+        const std::string call = std::string(VESKOR_BINARY_DIR) + "/veskor-cli find needle " +
+                                 docs_.path() + " " + redirections;
+        EXPECT_EQ(runShell("(" + call + ")", &written), 0);
         char buffer[4096];
         for (ssize_t n; (n = ::read(terminal, buffer, sizeof buffer)) > 0;)
             written.append(buffer, static_cast<std::size_t>(n));
