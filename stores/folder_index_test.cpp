@@ -153,12 +153,19 @@ TEST(FolderIndexTest, FailuresShowTheirMessageAndKeepTheOldIndex) {
 
 // Real veskor-cli processes, all started before the first has finished, each saving
 // another item of one folder. Each entry is one line, so a lost entry shows in the
-// count; the leftover of a killed save is gone afterwards.
+// count; the leftover of a killed save is gone afterwards. The index already holds
+// many entries, so that each rewrite takes long enough for saves to overlap.
 TEST(FolderIndexTest, ConcurrentSavesOfOneFolderKeepEveryEntry) {
-    constexpr int kSaves = 50;
+    constexpr int kSaves = 50, kKept = 2000;
     TempHome home;
-    IndexFolder folder({"kept.txt"});
-    folder.writeIndex("kept.txt     Kept\r\n");
+    IndexFolder folder;
+    std::string kept;
+    for (int i = 0; i < kKept; ++i) {
+        const std::string name = "k" + std::to_string(1000 + i) + ".txt";
+        folder.dir.write(name, "");
+        kept += name + "    Kept\r\n";
+    }
+    folder.writeIndex(kept);
     folder.dir.write("00_index.txt.tmp", "left by a killed save");
     std::vector<pid_t> children;
     for (int i = 0; i < kSaves; ++i) {
@@ -175,7 +182,7 @@ TEST(FolderIndexTest, ConcurrentSavesOfOneFolderKeepEveryEntry) {
         EXPECT_EQ(status, 0);
     }
     const std::string index = folder.index();
-    EXPECT_EQ(std::count(index.begin(), index.end(), '\n'), 1 + kSaves);
+    EXPECT_EQ(std::count(index.begin(), index.end(), '\n'), kKept + kSaves);
     EXPECT_FALSE(std::filesystem::exists(folder.dir / "00_index.txt.tmp"));
 }
 
