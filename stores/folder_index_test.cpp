@@ -161,7 +161,7 @@ TEST(FolderIndexTest, ConcurrentSavesOfOneFolderKeepEveryEntry) {
     IndexFolder folder;
     std::string kept;
     for (int i = 0; i < kKept; ++i) {
-        const std::string name = "k" + std::to_string(1000 + i) + ".txt";
+        const std::string number = std::to_string(1000 + i), name = "k" + number + ".txt";
         folder.dir.write(name, "");
         kept += name + "    Kept\r\n";
     }
