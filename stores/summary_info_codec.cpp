@@ -221,13 +221,17 @@ struct PageChange {
 };
 
 // Every property but Comments, in table order, with the set's CodePage (first, where
-// it had none) declaring the page that its strings are really in.
+// it had none) declaring the page that its strings are really in. A second CodePage
+// goes: readers differ on which one decides, and one that disagrees with the first
+// makes them read the new Comments as other text.
 Properties keptProperties(const std::vector<Property>& table, std::size_t budget,
                           const PageChange& change) {
     Properties kept;
+    bool codePageKept = false;
     for (const Property& property : table) {
-        if (property.id == kCommentsId)
+        if (property.id == kCommentsId || (property.id == kCodePageId && codePageKept))
             continue;
+        codePageKept = codePageKept || property.id == kCodePageId;
         std::string value = copiedValue(property.value, budget);
         if (change.declare && property.id == kCodePageId)
             value = scalarValue(kVtI2, *change.declare);

@@ -121,6 +121,10 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
         {"CodePage as VT_I4 -> 1252", {asI4, ansi}, "new", {cp1252, ansi, fresh}},
         {"1200 (UTF-16)", {codePage(1200)}, "Gr\xC3\xBC\xC3\x9F\xCE\xA9", {codePage(1200), utf16}},
         {"932", {codePage(932)}, "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", {codePage(932), sjis}},
+        {"a second CodePage that disagrees",
+         {codePage(1253), kCreated, codePage(0)},
+         "\xCE\xA9 \xE2\x82\xAC",
+         {codePage(1253), kCreated, comments(lpstr("\xD9 \x80", 4))}},
     };
     for (const auto& [name, before, description, after] : rows) {
         SCOPED_TRACE(name);
