@@ -14,6 +14,7 @@ constexpr std::size_t kSectionStart = 48;
 constexpr std::size_t kTableStart = 56;
 constexpr std::size_t kEntrySize = 8;
 
+constexpr std::uint32_t kDictionaryId = 0x00000000;
 constexpr std::uint32_t kCodePageId = 0x00000001;
 constexpr std::uint32_t kLocaleId = 0x80000000;
 constexpr std::uint32_t kCommentsId = 0x00000006;
@@ -40,6 +41,8 @@ constexpr unsigned char kFreshHeader[kSectionStart] = {
 
 // What stands in for a value that an update cannot keep: an empty VT_LPSTR.
 const std::string kEmptyLpstr{"\x1E\0\0\0\x04\0\0\0\0\0\0\0", 12};
+// What stands in for the dictionary, which names user-defined properties: none.
+const std::string kEmptyDictionary(4, '\0');
 
 // A table entry, with the stream's bytes from its value's first byte to the end
 // (empty when its offset points past the end).
@@ -103,9 +106,9 @@ std::optional<unsigned> declaredCodePage(const std::vector<Property>& table) {
            static_cast<unsigned>(static_cast<unsigned char>(entry->value[5])) << 8;
 }
 
-bool hasCodePageEntry(const std::vector<Property>& table) {
-    return std::any_of(table.begin(), table.end(),
-                       [](const Property& p) { return p.id == kCodePageId; });
+std::size_t codePageEntries(const std::vector<Property>& table) {
+    return static_cast<std::size_t>(std::count_if(
+        table.begin(), table.end(), [](const Property& p) { return p.id == kCodePageId; }));
 }
 
 // The page that text is converted with: the declared one when the C library knows
@@ -221,17 +224,19 @@ struct PageChange {
 };
 
 // Every property but Comments, in table order, with the set's CodePage (first, where
-// it had none) declaring the page that its strings are really in. A second CodePage
-// goes: readers differ on which one decides, and one that disagrees with the first
-// makes them read the new Comments as other text.
+// it had none) declaring the page that its strings are really in. The dictionary's
+// names are not kept: its entries have no type field to copy them by, and a
+// stand-in that is no dictionary makes other readers refuse the whole set.
 Properties keptProperties(const std::vector<Property>& table, std::size_t budget,
                           const PageChange& change) {
     Properties kept;
-    bool codePageKept = false;
     for (const Property& property : table) {
-        if (property.id == kCommentsId || (property.id == kCodePageId && codePageKept))
+        if (property.id == kCommentsId)
             continue;
-        codePageKept = codePageKept || property.id == kCodePageId;
+        if (property.id == kDictionaryId) {
+            kept.emplace_back(property.id, kEmptyDictionary);
+            continue;
+        }
         std::string value = copiedValue(property.value, budget);
         if (change.declare && property.id == kCodePageId)
             value = scalarValue(kVtI2, *change.declare);
@@ -239,7 +244,7 @@ Properties keptProperties(const std::vector<Property>& table, std::size_t budget
             value = reencodedAsUtf8(std::move(value), *change.reencodeFrom);
         kept.emplace_back(property.id, std::move(value));
     }
-    if (change.declare && !hasCodePageEntry(table))
+    if (change.declare && codePageEntries(table) == 0)
         kept.insert(kept.begin(), {kCodePageId, scalarValue(kVtI2, *change.declare)});
     return kept;
 }
@@ -292,7 +297,9 @@ std::string updateSummaryInfo(std::string_view stream, std::string_view descript
     std::optional<unsigned> declared = declaredCodePage(*table);
     unsigned page = usablePage(declared);
     PageChange change;
-    if (declared != page)
+    // Readers differ on which of two CodePage entries decides; the later ones are made
+    // to agree with the first, which decides here.
+    if (declared != page || codePageEntries(*table) > 1)
         change.declare = page;
     std::optional<std::string> comments;
     if (!description.empty()) {

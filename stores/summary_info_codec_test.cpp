@@ -124,7 +124,12 @@ TEST(SummaryInfoCodecTest, UpdateKeepsOtherValuesAndPutsCommentsLast) {
         {"a second CodePage that disagrees",
          {codePage(1253), kCreated, codePage(0)},
          "\xCE\xA9 \xE2\x82\xAC",
-         {codePage(1253), kCreated, comments(lpstr("\xD9 \x80", 4))}},
+         {codePage(1253), kCreated, codePage(1253), comments(lpstr("\xD9 \x80", 4))}},
+        {"a dictionary naming property 0x1000 \"Plan\"",
+         {codePage(1252),
+          {0, le32(1) + le32(0x1000) + le32(5) + fromHex("50 6C 61 6E 00 00 00 00")}},
+         "new",
+         {cp1252, {0, le32(0)}, fresh}},
     };
     for (const auto& [name, before, description, after] : rows) {
         SCOPED_TRACE(name);
