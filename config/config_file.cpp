@@ -125,7 +125,7 @@ bool writeConfigFile(const std::string& configFile, const Options& options) {
     std::string text = std::string(kHeader) + "\r\n";
     for (const Setting& setting : kSettings)
         text += std::string(setting.key) + formatValue(options.*setting.field) + "\r\n";
-    return !replaceFileAtomically(configFile, text);
+    return !replacePrivateFileAtomically(configFile, text);
 }
 
 ConfigResult cannotProcess(Prompter& prompter) {

@@ -17,15 +17,19 @@ std::string perUserFolder(const std::string& appData) {
 }
 
 // Folder creation never reports: the lookups that follow decide what is usable.
+// Every path and description the user keeps lies below, so only the owner may enter,
+// also where an older version made the folders open to all.
 void createDataFolders(const std::string& appData) {
     if (appData.empty())
         return;
     // A fresh account may have no data folder yet; without it every start would fall
-    // into portable mode. It holds private data, so only its owner may enter.
+    // into portable mode.
     (void)createFolders(appData, 0700);
-    (void)createFolder(appData + "/Kelvane");
-    (void)createFolder(perUserFolder(appData));
-    (void)createFolder(perUserFolder(appData) + "/" + kFailsafeFolder);
+    for (const std::string& folder : {appData + "/Kelvane", perUserFolder(appData),
+                                      perUserFolder(appData) + "/" + kFailsafeFolder}) {
+        (void)createFolder(folder, 0700);
+        (void)restrictFolderToOwner(folder);
+    }
 }
 
 // The failsafe folder: the per-user one, else the one in the program folder, created
@@ -38,7 +42,7 @@ std::string findFailsafeFolder(const std::string& appData, const std::string& ap
     std::string portable = appPath + kFailsafeFolder;
     if (fileOrFolderExists(portable))
         return portable + "/";
-    (void)createFolder(portable);
+    (void)createFolder(portable, 0700);
     return fileOrFolderExists(portable) ? portable + "/" : std::string();
 }
 

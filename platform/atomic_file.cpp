@@ -1,6 +1,7 @@
 #include "platform/atomic_file.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,10 +9,13 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <string>
+#include <string_view>
 
 #include "platform/files.h"
 #include "platform/folder_lock.h"
+#include "platform/regular_file.h"
 
 namespace {
 
@@ -40,6 +44,22 @@ void syncParentFolder(const std::string& path) {
     }
 }
 
+// Six letters or digits that no one can guess ahead of the save.
+std::string randomSuffix() {
+    static constexpr std::string_view kLetters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    unsigned char bytes[6] = {};
+    if (::getrandom(bytes, sizeof bytes, 0) != static_cast<ssize_t>(sizeof bytes)) {
+        static std::random_device device;
+        for (unsigned char& byte : bytes)
+            byte = static_cast<unsigned char>(device());
+    }
+    std::string suffix;
+    for (unsigned char byte : bytes)
+        suffix += kLetters[byte % kLetters.size()];
+    return suffix;
+}
+
 }  // namespace
 
 AtomicFile::AtomicFile(std::string path) : m_path(std::move(path)) {}
@@ -49,38 +69,83 @@ AtomicFile::~AtomicFile() {
         discard();
 }
 
-// The new file takes over what the user set on the old one. Only root may hand a
-// file to another owner; anyone else's new file is theirs, as any rewrite would be.
-std::error_code AtomicFile::keepOldMode() {
+std::error_code AtomicFile::open() {
     struct stat old {};
-    if (::stat(m_path.c_str(), &old) != 0)
-        return {};
-    if (::geteuid() == 0 && ::fchown(m_fd, old.st_uid, old.st_gid) != 0)
+    if (::lstat(m_path.c_str(), &old) == 0)
+        return create(&old, false);
+    if (errno != ENOENT)
         return lastError();
-    if (::fchmod(m_fd, old.st_mode & 07777) != 0)
-        return lastError();
-    return {};
+    return create(nullptr, false);
 }
 
-// Writers take turns under the folder's lock, so the one temporary name is this
-// writer's alone; what is there already was left by a killed save and is replaced.
-// Removing it first, rather than truncating it, never writes through a link that
-// someone put in its place.
-std::error_code AtomicFile::open() {
-    if (isReadOnlyFile(m_path))
+std::error_code AtomicFile::open(const RegularFile& old) {
+    if (!old.isOpen())
+        return open();
+    // Asked again: the mode may have changed since the file was opened.
+    struct stat status {};
+    if (::fstat(old.fd(), &status) != 0)
+        return lastError();
+    return create(&status, true);
+}
+
+// Root ignores the permission bits, so a file its owner may not write is refused here,
+// as it would be for anyone else.
+std::error_code AtomicFile::create(const struct stat* old, bool ownerKnown) {
+    if (old && S_ISLNK(old->st_mode))
+        return std::make_error_code(std::errc::too_many_symbolic_link_levels);
+    if (old && !S_ISREG(old->st_mode))
+        return notRegularFileError();
+    if (old && (old->st_mode & S_IWUSR) == 0)
         return std::make_error_code(std::errc::permission_denied);
-    m_tempPath = m_path + ".tmp";
-    if (::unlink(m_tempPath.c_str()) != 0 && errno != ENOENT)
-        return lastError();
-    m_fd = ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (m_fd < 0)
-        return lastError();
-    m_created = true;
+    if (auto ec = createTemp())
+        return ec;
     stepDone();
-    if (auto ec = keepOldMode()) {
+    if (auto ec = setMode(old, ownerKnown)) {
         discard();
         return ec;
     }
+    return {};
+}
+
+// A fresh name each time, created exclusively: a file that another user put at any
+// name we might pick is neither opened nor removed, only passed over.
+std::error_code AtomicFile::createTemp() {
+    constexpr int kAttempts = 100;
+    for (int i = 0; i < kAttempts; ++i) {
+        m_tempPath = m_path + "." + randomSuffix() + ".tmp";
+        m_fd =
+            ::open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (m_fd >= 0) {
+            m_created = true;
+            return {};
+        }
+        if (errno != EEXIST)
+            return lastError();
+    }
+    return std::make_error_code(std::errc::file_exists);
+}
+
+// The new file takes over what the user set on the old one, except the bits that would
+// let it run with another user's rights. Only root may hand a file to another owner,
+// and only to the owner of the file whose content it read; anyone else's new file is
+// theirs, as any rewrite would be.
+std::error_code AtomicFile::setMode(const struct stat* old, bool ownerKnown) {
+    mode_t mode = 0;
+    if (m_private) {
+        mode = 0600;
+    } else if (old) {
+        mode = old->st_mode & 0777;
+    } else {
+        struct stat created {};
+        if (::fstat(m_fd, &created) != 0)
+            return lastError();
+        mode = created.st_mode & 0777 & static_cast<mode_t>(m_newModeMask);
+    }
+    if (old && ownerKnown && !m_private && ::geteuid() == 0 &&
+        ::fchown(m_fd, old->st_uid, old->st_gid) != 0)
+        return lastError();
+    if (::fchmod(m_fd, mode) != 0)
+        return lastError();
     return {};
 }
 
@@ -138,11 +203,16 @@ void AtomicFile::discard() {
     m_created = false;
 }
 
-std::error_code replaceFileAtomically(const std::string& path, std::string_view bytes) {
+namespace {
+
+std::error_code replaceUnderLock(const std::string& path, std::string_view bytes,
+                                 bool makePrivate) {
     FolderLock lock;
     if (auto ec = lock.acquire(folderOfFile(path), kFolderLockTimeout))
         return ec;
     AtomicFile out(path);
+    if (makePrivate)
+        out.makePrivate();
     if (auto ec = out.open())
         return ec;
     out.write(bytes);
@@ -150,4 +220,14 @@ std::error_code replaceFileAtomically(const std::string& path, std::string_view 
     if (ec)
         out.discard();
     return ec;
+}
+
+}  // namespace
+
+std::error_code replaceFileAtomically(const std::string& path, std::string_view bytes) {
+    return replaceUnderLock(path, bytes, false);
+}
+
+std::error_code replacePrivateFileAtomically(const std::string& path, std::string_view bytes) {
+    return replaceUnderLock(path, bytes, true);
 }

@@ -4,24 +4,33 @@
 #include <string_view>
 #include <system_error>
 
-// Replaces a file atomically: the new content is written to the temporary file
-// `<path>.tmp` beside it, flushed to disk and renamed over `<path>`, so a reader (or a
-// crash) sees the old file or the new one, never a part of either.
+class RegularFile;
+struct stat;
+
+// Replaces a file atomically: the new content is written to a temporary file beside it,
+// flushed to disk and renamed over `<path>`, so a reader (or a crash) sees the old file
+// or the new one, never a part of either.
 //
 //     FolderLock lock;
 //     if (auto ec = lock.acquire(folderOfFile(path), kFolderLockTimeout)) return fail(ec);
+//     RegularFile old;                       // read the old file through `old` ...
 //     AtomicFile out(path);
-//     if (auto ec = out.open()) return fail(ec);
+//     if (auto ec = out.open(old)) return fail(ec);
 //     out.writeLine("...");
 //     if (auto ec = out.commit()) return fail(ec);
 //
-// Writers of one file take turns: each holds a FolderLock on the file's folder from
-// before open() until after commit(), so that one fixed temporary name per file is
-// enough and nothing else is ever left beside it. A temporary file that a killed
-// program left behind is replaced by the next open() of the same file.
+// The temporary file is named `<path>.XXXXXX.tmp`, six random letters and digits, and
+// created exclusively, so a name that someone else put there only makes open() pick
+// another one. Nothing but our own temporary file is ever removed; a killed save leaves
+// that one file behind. Writers of one file still take turns under the FolderLock of its
+// folder, held from before the old file is read until after commit().
 //
-// The new file keeps the old one's permission bits and, when the program runs as
-// root, its owner and group; a file that did not exist gets 0666 less the umask.
+// What is at `<path>` is never followed: a link, a FIFO or anything else that is not a
+// regular file makes open() fail with notRegularFileError() (ELOOP for a link), like a
+// read-only file, and is left as it is. The new file keeps the old one's permission
+// bits, never set-user-ID, set-group-ID or sticky; when the program runs as root, it also
+// keeps the owner and group, but only of a file that the caller read through the
+// descriptor it passes to open(). A file that did not exist gets 0666 less the umask.
 //
 // Writes are buffered; the first write error is remembered and returned by commit().
 // An object destroyed without a successful commit() removes its temporary file.
@@ -41,6 +50,16 @@ public:
     // Creates the temporary file. Fails with EACCES, without touching anything, when
     // `<path>` exists and its owner may not write it.
     [[nodiscard]] std::error_code open();
+    // The same for a file whose old content the caller read through `old`: the checks,
+    // the mode and (as root) the owner come from that descriptor. An `old` that is not
+    // open stands for a file that did not exist.
+    [[nodiscard]] std::error_code open(const RegularFile& old);
+
+    // Before open(): the new file gets mode 0600 whatever the old one had, for the
+    // user's private data.
+    void makePrivate() { m_private = true; }
+    // Before open(): a file that did not exist gets no permission bit outside `mask`.
+    void limitNewMode(unsigned mask) { m_newModeMask = mask; }
 
     void write(std::string_view bytes);
     // Writes the bytes followed by CR LF.
@@ -56,14 +75,18 @@ public:
     const std::string& tempPath() const { return m_tempPath; }
 
 private:
-    [[nodiscard]] std::error_code keepOldMode();
+    [[nodiscard]] std::error_code create(const struct stat* old, bool ownerKnown);
+    [[nodiscard]] std::error_code createTemp();
+    [[nodiscard]] std::error_code setMode(const struct stat* old, bool ownerKnown);
     void flushBuffer();
 
     std::string m_path;
     std::string m_tempPath;
     std::string m_buffer;
     std::error_code m_error;
+    unsigned m_newModeMask = 0777;
     int m_fd = -1;
+    bool m_private = false;
     bool m_created = false;
     bool m_renamed = false;
 };
@@ -72,3 +95,6 @@ private:
 // (see above): the caller must not hold that lock itself.
 [[nodiscard]] std::error_code replaceFileAtomically(const std::string& path,
                                                     std::string_view bytes);
+// The same for the user's private data: the new file's mode is 0600.
+[[nodiscard]] std::error_code replacePrivateFileAtomically(const std::string& path,
+                                                           std::string_view bytes);

@@ -9,6 +9,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
+
+#include "platform/regular_file.h"
 
 namespace {
 
@@ -20,26 +23,10 @@ std::error_code lastError() {
 
 std::error_code readWholeFile(const std::string& path, std::string& bytes) {
     bytes.clear();
-    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return lastError();
-    char chunk[65536];
-    std::error_code ec;
-    for (;;) {
-        ssize_t n = ::read(fd, chunk, sizeof chunk);
-        if (n == 0)
-            break;
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            ec = lastError();
-            bytes.clear();
-            break;
-        }
-        bytes.append(chunk, static_cast<std::size_t>(n));
-    }
-    ::close(fd);
-    return ec;
+    RegularFile file;
+    if (auto ec = file.open(path))
+        return ec;
+    return readRest(file, bytes, std::numeric_limits<std::uint64_t>::max());
 }
 
 std::error_code removeFile(const std::string& path) {
@@ -62,6 +49,21 @@ std::error_code createFolder(const std::string& path, unsigned mode) {
     if (err == EEXIST && ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode))
         return {};
     return {err, std::generic_category()};
+}
+
+std::error_code restrictFolderToOwner(const std::string& path) {
+    int fd = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0)
+        return lastError();
+    struct stat st {};
+    std::error_code ec;
+    if (::fstat(fd, &st) != 0)
+        ec = lastError();
+    else if (st.st_uid == ::geteuid() && (st.st_mode & 077) != 0 &&
+             ::fchmod(fd, st.st_mode & 07700) != 0)
+        ec = lastError();
+    ::close(fd);
+    return ec;
 }
 
 std::error_code createUniqueFolder(const std::string& prefix, std::string& path) {

@@ -8,7 +8,8 @@
 // Whole-file operations on the host's file system. Every call reports what went
 // wrong instead of throwing.
 
-// Reads a whole file. On failure `bytes` is left empty.
+// Reads a whole regular file, never through a link (see RegularFile). On failure
+// `bytes` is left empty.
 [[nodiscard]] std::error_code readWholeFile(const std::string& path, std::string& bytes);
 
 // Removes a file (not a folder). A missing file is no error.
@@ -19,6 +20,10 @@
 
 // Creates one folder with the given mode; an existing folder is no error.
 [[nodiscard]] std::error_code createFolder(const std::string& path, unsigned mode = 0777);
+
+// Takes the group's and others' permissions from a folder that the user owns; a link,
+// a file or another user's folder is left as it is.
+[[nodiscard]] std::error_code restrictFolderToOwner(const std::string& path);
 
 // Creates a new folder, mode 0700, named `prefix` followed by six characters that make
 // the name unique, and sets `path` to it.

@@ -1,5 +1,3 @@
-#include "platform/atomic_file.h"
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,73 +12,6 @@
 #include "platform/files.h"
 #include "platform/lookup.h"
 #include "tests/temp_dir.h"
-
-TEST(AtomicFileTest, ReplacesTheWholeFileOrLeavesTheOldOne) {
-    TempDir dir;
-    const std::string path = dir.write("db.dat", "old content that is longer\r\n");
-    const std::string replaced = "new\r\n" + std::string(200000, 'z');
-    AtomicFile out(path);
-    ASSERT_FALSE(out.open());
-    out.writeLine("new");
-    out.write(std::string(200000, 'z'));
-    ASSERT_FALSE(out.commit());
-    EXPECT_EQ(readFileBytes(path), replaced);
-
-    // What a killed save left is replaced by the next one; an abandoned one tidies up.
-    writeFileBytes(path + ".tmp", "left by a killed save");
-    ASSERT_FALSE(replaceFileAtomically(path, "second"));
-    {
-        AtomicFile abandoned(path);
-        ASSERT_FALSE(abandoned.open());
-        abandoned.write("never committed");
-    }
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
-                            std::filesystem::directory_iterator()),
-              1);
-    EXPECT_EQ(readFileBytes(path), "second");
-
-    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);  // refused even to root
-    EXPECT_EQ(replaceFileAtomically(path, "new"), std::errc::permission_denied);
-    EXPECT_EQ(readFileBytes(path), "second");
-}
-
-TEST(AtomicFileTest, AReplacedFileKeepsItsModeAndANewOneGetsTheUmasks) {
-    TempDir dir;
-    const mode_t oldUmask = ::umask(022);
-    // name, mode of the old file (0: none), umask, mode of the new file
-    const std::tuple<const char*, mode_t, mode_t, mode_t> rows[] = {
-        {"private file stays private", 0600, 022, 0600},
-        {"group-writable stays so", 0664, 077, 0664},
-        {"new file, strict umask", 0, 027, 0640},
-    };
-    for (const auto& [name, oldMode, mask, expected] : rows) {
-        SCOPED_TRACE(name);
-        const std::string path = dir / name;
-        if (oldMode != 0) {
-            writeFileBytes(path, "old");
-            ASSERT_EQ(::chmod(path.c_str(), oldMode), 0);
-        }
-        ::umask(mask);
-        ASSERT_FALSE(replaceFileAtomically(path, "new"));
-        struct stat st {};
-        ASSERT_EQ(::stat(path.c_str(), &st), 0);
-        EXPECT_EQ(st.st_mode & 07777, expected);
-    }
-    ::umask(oldUmask);
-}
-
-TEST(AtomicFileTest, AFileReplacedByRootKeepsItsOwnerAndGroup) {
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can give a file to another owner";
-    TempDir dir;
-    const std::string path = dir.write("shared.dat", "old");
-    ASSERT_EQ(::chown(path.c_str(), 1234, 5678), 0);
-    ASSERT_FALSE(replaceFileAtomically(path, "new"));
-    struct stat st {};
-    ASSERT_EQ(::stat(path.c_str(), &st), 0);
-    EXPECT_EQ(st.st_uid, 1234u);
-    EXPECT_EQ(st.st_gid, 5678u);
-}
 
 // A link is never a folder of its own, whatever it points at, and says that it is a link.
 TEST(ReadFolderTest, TellsFoldersAndLinksApart) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <unordered_map>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "platform/files.h"
 #include "platform/folder_lock.h"
 #include "platform/lookup.h"
+#include "platform/regular_file.h"
 
 namespace {
 
@@ -259,26 +259,27 @@ bool equalsIgnoringAsciiCase(std::string_view a, std::string_view b) {
     });
 }
 
-std::error_code readLimited(const std::string& path, std::string& bytes) {
-    std::error_code ec;
-    if (std::filesystem::file_size(path, ec) > kMaxFileBytes && !ec)
-        return std::make_error_code(std::errc::file_too_large);
-    return ec ? ec : readWholeFile(path, bytes);
+std::error_code readLimited(const std::string& path, RegularFile& file, std::string& bytes) {
+    if (auto ec = file.open(path))
+        return ec;
+    return readRest(file, bytes, kMaxFileBytes);
 }
 
-// The new file replaces the old one whole, with the old one's permissions; the caller
-// holds the folder's lock.
-std::error_code replaceUnderLock(const std::string& path, std::string_view bytes) {
+// The new file replaces the old one whole, with the permissions of the one that was
+// read; the caller holds the folder's lock.
+std::error_code replaceUnderLock(const RegularFile& old, const std::string& path,
+                                 std::string_view bytes) {
     AtomicFile out(path);
-    if (auto ec = out.open())
+    if (auto ec = out.open(old))
         return ec;
     out.write(bytes);
     return out.commit();
 }
 
 std::error_code rewriteUnderLock(const SharedState& state, const std::string& file) {
+    RegularFile old;
     std::string bytes;
-    if (auto ec = readLimited(file, bytes))
+    if (auto ec = readLimited(file, old, bytes))
         return ec;
     std::optional<std::string_view> description;
     if (state.removeTargetFileDescFlag != 1)
@@ -287,9 +288,9 @@ std::error_code rewriteUnderLock(const SharedState& state, const std::string& fi
     if (updated && *updated == bytes)
         return {};
     // Root may write anything; a file that its owner may not write fails for root too.
-    if (isReadOnlyFile(file))
+    if ((old.status().st_mode & S_IWUSR) == 0)
         return std::make_error_code(std::errc::permission_denied);
-    return updated ? replaceUnderLock(file, *updated) : removeFile(file);
+    return updated ? replaceUnderLock(old, file, *updated) : removeFile(file);
 }
 
 std::error_code rewrite(const SharedState& state, std::chrono::milliseconds lockTimeout) {
@@ -430,8 +431,9 @@ std::optional<std::string> readDescriptIon(const TargetPaths& target) {
 
 std::optional<std::unordered_map<std::string, std::string>> readDescriptIonEntries(
     const std::string& file) {
+    RegularFile opened;
     std::string bytes;
-    if (file.empty() || readLimited(file, bytes))
+    if (file.empty() || readLimited(file, opened, bytes))
         return std::nullopt;
     return descriptIonEntries(bytes);
 }

@@ -1,11 +1,14 @@
 #include "stores/exported_desc.h"
 
+#include <sys/stat.h>
+
 #include <string_view>
 #include <system_error>
 
 #include "platform/atomic_file.h"
 #include "platform/code_page.h"
 #include "platform/files.h"
+#include "platform/folder_lock.h"
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
 
@@ -15,8 +18,22 @@ constexpr std::string_view kCrLf = "\r\n";
 constexpr std::string_view kUpdateFailed =
     "Error: Problem while updating exported description file.";
 
-std::error_code writeExpDesc(const std::string& path, const std::string& description) {
-    return replaceFileAtomically(path, std::string(description) + std::string(kCrLf));
+// A new file tells no one more than the target itself does: it grants no permission
+// that the target withholds.
+std::error_code writeExpDesc(const std::string& target, const std::string& path,
+                             const std::string& description) {
+    FolderLock lock;
+    if (auto ec = lock.acquire(folderOfFile(path), kFolderLockTimeout))
+        return ec;
+    AtomicFile out(path);
+    struct stat status {};
+    if (::stat(target.c_str(), &status) == 0)
+        out.limitNewMode(status.st_mode & 0666);
+    if (auto ec = out.open())
+        return ec;
+    out.write(description);
+    out.write(kCrLf);
+    return out.commit();
 }
 
 // A read-only file cannot be deleted any more than it can be rewritten.
@@ -54,7 +71,7 @@ WriteResult updateExpDesc(const SharedState& state, bool exportChecked, Prompter
     std::string path = exportedDescPath(state.target.targetFileFullPathname);
     std::error_code ec;
     if (exportChecked && state.removeTargetFileDescFlag == 0)
-        ec = writeExpDesc(path, state.targetFileDesc);
+        ec = writeExpDesc(state.target.targetFileFullPathname, path, state.targetFileDesc);
     if (!ec && state.removeTargetFileDescFlag == 1)
         ec = deleteExpDesc(path);
     if (ec) {

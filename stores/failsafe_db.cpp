@@ -11,6 +11,7 @@
 #include "platform/folder_lock.h"
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
+#include "platform/regular_file.h"
 
 namespace {
 
@@ -59,16 +60,22 @@ void appendRecord(LineReader& reader, const RecordMarkers& markers, std::string&
     }
 }
 
+// Writes a line of the old database as it was, an over-long one whole.
+void copyLine(LineReader& reader, const std::string& line, AtomicFile& out) {
+    out.write(line);
+    reader.copyRestOfLine([&out](std::string_view rest) { out.write(rest); });
+    out.write(kCrLf);
+}
+
 // Copies the old database line by line, without the target's records.
-std::error_code copyOtherRecords(const std::string& failsafeDBfile, const RecordMarkers& markers,
+std::error_code copyOtherRecords(LineReader& reader, const RecordMarkers& markers,
                                  AtomicFile& out) {
-    LineReader reader(failsafeDBfile);
     std::string line;
     while (reader.next(line)) {
         if (isMarker(line, markers.begin) && !reader.atEnd())
             skipRecord(reader, markers);
         else
-            out.writeLine(line);
+            copyLine(reader, line, out);
     }
     return reader.error();
 }
@@ -80,8 +87,15 @@ std::error_code rewriteDatabase(const SharedState& state, std::chrono::milliseco
     FolderLock lock;
     if (auto ec = lock.acquire(folderOfFile(file), lockTimeout))
         return ec;
+    RegularFile old;
+    if (auto ec = old.open(file); ec && ec != std::errc::no_such_file_or_directory)
+        return ec;
+    const bool hadDatabase = old.isOpen();
+    LineReader reader(std::move(old));
     AtomicFile out(file);
-    if (auto ec = out.open())
+    // Every path and description the user keeps: no one else's to read.
+    out.makePrivate();
+    if (auto ec = out.open(reader.file()))
         return ec;
     RecordMarkers markers(state.target.targetFileFullPathname);
     if (state.removeTargetFileDescFlag != 1) {
@@ -89,8 +103,8 @@ std::error_code rewriteDatabase(const SharedState& state, std::chrono::milliseco
         out.writeLine(state.targetFileDesc);
         out.writeLine(markers.end);
     }
-    if (fileExists(file)) {
-        if (auto ec = copyOtherRecords(file, markers, out))
+    if (hadDatabase) {
+        if (auto ec = copyOtherRecords(reader, markers, out))
             return ec;
     }
     return out.commit();
@@ -197,7 +211,7 @@ std::error_code copyMovingRecords(const std::string& file, const RecordMove& mov
             key = std::string(*found);
         if (!key || reader.atEnd() ||
             (!isAtOrUnder(*key, move.fromKey) && !isAtOrUnder(*key, move.toKey))) {
-            out.writeLine(line);
+            copyLine(reader, line, out);
             continue;
         }
         readRecordLines(reader, *key, record);

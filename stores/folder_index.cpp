@@ -1,5 +1,7 @@
 #include "stores/folder_index.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <string_view>
 #include <system_error>
@@ -11,6 +13,7 @@
 #include "platform/folder_lock.h"
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
+#include "platform/regular_file.h"
 
 namespace {
 
@@ -137,35 +140,65 @@ bool dropsEntry(std::string_view head, const IndexName& name, const std::string&
     return !item.empty() && !reader.atEnd() && !itemExists(folder, item);
 }
 
-// Copies the old index's lines that stay, as they were; true when any was copied.
-bool copyKeptLines(const TargetPaths& target, AtomicFile& out, std::error_code& ec) {
-    LineReader reader(target.indexFile);
+// Writes a line of the old index as it was, an over-long one whole.
+void copyLine(LineReader& reader, const std::string& line, AtomicFile& out) {
+    out.write(line);
+    reader.copyRestOfLine([&out](std::string_view rest) { out.write(rest); });
+    out.write(kCrLf);
+}
+
+// Copies the old index's lines that stay, as they were; true when any was copied. A line
+// too long for an entry of ours is another program's and stays.
+bool copyKeptLines(const TargetPaths& target, LineReader& reader, AtomicFile& out,
+                   std::error_code& ec) {
     IndexName name(target.targetFile);
     bool dropping = false, copied = false;
     std::string line;
     while (reader.next(line)) {
         if (!isContinuation(line))
-            dropping = dropsEntry(line, name, target.indexFilePath, reader);
+            dropping = !reader.wasCut() && dropsEntry(line, name, target.indexFilePath, reader);
         if (dropping || line.empty())
             continue;
-        out.writeLine(line);
+        copyLine(reader, line, out);
         copied = true;
     }
     ec = reader.error();
     return copied;
 }
 
+// A description tells about its item: an item that other users may not read gets no
+// entry in an index that they may reach, and loses the one it had there. Its
+// description stays in the stores that only the user reads.
+bool hiddenFromOthers(const TargetPaths& target) {
+    struct stat item {
+    }, folder{};
+    return ::stat(target.targetFileFullPathname.c_str(), &item) == 0 &&
+           (item.st_mode & S_IROTH) == 0 && ::stat(target.indexFilePath.c_str(), &folder) == 0 &&
+           (folder.st_mode & S_IXOTH) != 0;
+}
+
+// The old index, when there is one; any other failure to open it fails the save.
+std::error_code openOldIndex(const std::string& indexFile, RegularFile& old) {
+    std::error_code ec = old.open(indexFile);
+    return ec == std::errc::no_such_file_or_directory ? std::error_code() : ec;
+}
+
 std::error_code rewriteIndex(const SharedState& state) {
     const TargetPaths& target = state.target;
+    RegularFile old;
+    std::error_code ec = openOldIndex(target.indexFile, old);
+    const bool hadIndex = old.isOpen();
+    LineReader reader(std::move(old));
     AtomicFile out(target.indexFile);
-    std::error_code ec = out.open();
+    if (!ec)
+        ec = out.open(reader.file());
     bool written = false;
-    if (!ec && state.removeTargetFileDescFlag != 1) {
+    if (!ec && state.removeTargetFileDescFlag != 1 && !hiddenFromOthers(target)) {
         out.writeLine(entryText(target.targetFile, state.targetFileDesc));
         written = true;
     }
-    if (!ec && fileExists(target.indexFile))
-        written = copyKeptLines(target, out, ec) || written;
+    if (!ec && hadIndex)
+        written = copyKeptLines(target, reader, out, ec) || written;
     if (!ec)
         ec = out.commit();
     if (ec) {
