@@ -113,6 +113,13 @@ void emptyOldStream(const std::string& target, StreamAccess& streams) {
         (void)streams.replace(target, sambaName(kOldStream), sambaValue(""));
 }
 
+// A summary that could not be replaced must not go on showing the old description, here
+// or to a Windows client of the share: it is removed, with Samba's copy.
+void removeStaleSummary(const std::string& target, StreamAccess& streams) {
+    (void)streams.remove(target, kSummaryStream);
+    (void)streams.remove(target, sambaName(kSummaryStream));
+}
+
 std::string streamText(const std::string& target, std::string_view name, StreamAccess& streams) {
     std::string bytes;
     if (readEitherNaming(target, name, bytes, streams) != StreamStatus::Ok)
@@ -156,6 +163,8 @@ WriteResult updateNTFSDesc(const SharedState& state, EditorState& editor, Stream
     StreamStatus status = streams.replace(target, kSummaryStream, summary);
     if (status == StreamStatus::Ok)
         status = streams.replace(target, kMarkerStream, "");
+    else
+        removeStaleSummary(target, streams);
     // Someone else's file: nothing was written, and there is nothing to report.
     if (status == StreamStatus::PermissionDenied)
         return WriteResult::Ok;

@@ -113,6 +113,20 @@ TEST_F(NtfsStreamsTest, SaveWritesTheStreamsAndKeepsTheTimeToTheSecondAndTheMode
     EXPECT_EQ(streamOf(file_, kSummary), "not a property set");
 }
 
+// ext4 gives a file's attributes one block: a long description's summary does not fit,
+// and the one saved before must not stay behind, in our stream or in Samba's copy.
+TEST_F(NtfsStreamsTest, ASummaryThatDoesNotFitLeavesNoOldOne) {
+    const std::string samba = "DosStream." + kSummary + ":$DATA";
+    ASSERT_EQ(replaceStream(file_, "DOSATTRIB", "x"), StreamStatus::Ok);  // on a share
+    ASSERT_EQ(save(file_, "short"), WriteResult::Ok);
+    ASSERT_NE(streamOf(file_, samba), std::nullopt);
+    if (save(file_, std::string(30000, 'x')) == WriteResult::Ok)
+        GTEST_SKIP() << "the temporary folder takes a summary of 60 KB";
+    EXPECT_EQ(readNTFSDesc(file_), "");
+    EXPECT_EQ(streamOf(file_, kSummary), std::nullopt);
+    EXPECT_EQ(streamOf(file_, samba), std::nullopt);
+}
+
 // Failures that only a fake can make; the real ones are below.
 TEST_F(NtfsStreamsTest, EachOutcomeWithTheTimeAndTheOldStreamItLeaves) {
     // target, the replace that fails (0: none), export option, box ticked, time left
