@@ -16,6 +16,7 @@
 #include "platform/files.h"
 #include "platform/folder_lock.h"
 #include "platform/regular_file.h"
+#include "platform/xattr.h"
 
 namespace {
 
@@ -69,13 +70,19 @@ AtomicFile::~AtomicFile() {
         discard();
 }
 
+// The old file is opened, if it can be, so that its mode and attributes come from the
+// file itself, not from whatever its name may point at a moment later.
 std::error_code AtomicFile::open() {
-    struct stat old {};
-    if (::lstat(m_path.c_str(), &old) == 0)
-        return create(&old, false);
-    if (errno != ENOENT)
-        return lastError();
-    return create(nullptr, false);
+    RegularFile old;
+    std::error_code ec = old.open(m_path);
+    if (!ec)
+        return create(&old.status(), old.fd(), false);
+    if (ec == std::errc::no_such_file_or_directory)
+        return create(nullptr, -1, false);
+    struct stat status {};
+    if (ec != std::errc::permission_denied || ::lstat(m_path.c_str(), &status) != 0)
+        return ec;
+    return create(&status, -1, false);
 }
 
 std::error_code AtomicFile::open(const RegularFile& old) {
@@ -85,12 +92,12 @@ std::error_code AtomicFile::open(const RegularFile& old) {
     struct stat status {};
     if (::fstat(old.fd(), &status) != 0)
         return lastError();
-    return create(&status, true);
+    return create(&status, old.fd(), true);
 }
 
 // Root ignores the permission bits, so a file its owner may not write is refused here,
 // as it would be for anyone else.
-std::error_code AtomicFile::create(const struct stat* old, bool ownerKnown) {
+std::error_code AtomicFile::create(const struct stat* old, int oldFd, bool ownerKnown) {
     if (old && S_ISLNK(old->st_mode))
         return std::make_error_code(std::errc::too_many_symbolic_link_levels);
     if (old && !S_ISREG(old->st_mode))
@@ -104,6 +111,10 @@ std::error_code AtomicFile::create(const struct stat* old, bool ownerKnown) {
         discard();
         return ec;
     }
+    // A description given to the file itself, or an ACL, stays with it; an ACL would
+    // open private data to others, so private data keeps its plain mode.
+    if (oldFd >= 0)
+        copyFileAttributes(oldFd, m_fd, !m_private);
     return {};
 }
 

@@ -31,6 +31,8 @@ struct stat;
 // bits, never set-user-ID, set-group-ID or sticky; when the program runs as root, it also
 // keeps the owner and group, but only of a file that the caller read through the
 // descriptor it passes to open(). A file that did not exist gets 0666 less the umask.
+// The old file's user extended attributes (a description given to the file itself) and
+// its access ACL go over to the new file too, as far as the volume takes them.
 //
 // Writes are buffered; the first write error is remembered and returned by commit().
 // An object destroyed without a successful commit() removes its temporary file.
@@ -75,7 +77,7 @@ public:
     const std::string& tempPath() const { return m_tempPath; }
 
 private:
-    [[nodiscard]] std::error_code create(const struct stat* old, bool ownerKnown);
+    [[nodiscard]] std::error_code create(const struct stat* old, int oldFd, bool ownerKnown);
     [[nodiscard]] std::error_code createTemp();
     [[nodiscard]] std::error_code setMode(const struct stat* old, bool ownerKnown);
     void flushBuffer();

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
+#include <string>
 
 namespace {
 
@@ -154,5 +156,45 @@ StreamName probeStreamName(const std::string& path, std::string_view name) {
             return StreamName::NoStreams;
         default:
             return StreamName::Unknown;
+    }
+}
+
+namespace {
+
+// The value of one attribute of an open file; nullopt when it cannot be read.
+std::optional<std::string> attributeOf(int fd, const char* name) {
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        const ssize_t size = ::fgetxattr(fd, name, nullptr, 0);
+        if (size < 0)
+            return std::nullopt;
+        std::string value(static_cast<std::size_t>(size), '\0');
+        const ssize_t got = ::fgetxattr(fd, name, value.data(), value.size());
+        if (got >= 0) {
+            value.resize(static_cast<std::size_t>(got));
+            return value;
+        }
+        if (errno != ERANGE)  // grown meanwhile: ask again
+            return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+void copyFileAttributes(int fromFd, int toFd, bool withAcl) {
+    const ssize_t size = ::flistxattr(fromFd, nullptr, 0);
+    if (size <= 0)
+        return;
+    std::string names(static_cast<std::size_t>(size), '\0');
+    const ssize_t got = ::flistxattr(fromFd, names.data(), names.size());
+    if (got <= 0)
+        return;
+    names.resize(static_cast<std::size_t>(got));
+    for (std::string_view name : splitNames(names)) {
+        const std::string key(name);
+        if (!key.starts_with(kUserPrefix) && !(withAcl && key == "system.posix_acl_access"))
+            continue;
+        if (std::optional<std::string> value = attributeOf(fromFd, key.c_str()))
+            (void)::fsetxattr(toFd, key.c_str(), value->data(), value->size(), 0);
     }
 }

@@ -46,3 +46,7 @@ enum class StreamName {
     Unknown,    // the question itself failed
 };
 [[nodiscard]] StreamName probeStreamName(const std::string& path, std::string_view name);
+
+// Copies the user attributes of one open file, and with `withAcl` its access ACL, to
+// another: for a file that replaces the first. What cannot be copied is left out.
+void copyFileAttributes(int fromFd, int toFd, bool withAcl);

@@ -1,14 +1,18 @@
 // What a save does in a folder that other users may write or read: veskor-cli run
 // in-process on "plan.txt" in a temporary home.
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <tuple>
 
+#include "platform/xattr.h"
+#include "stores/ntfs_streams.h"
 #include "tests/cli_fixture.h"
 
 namespace {
@@ -90,6 +94,46 @@ TEST_F(SharedFolderTest, PrivateDataStaysPrivate) {
     describe(target_, "Public");
     EXPECT_EQ(readFileBytes(docs_ / "00_index.txt"),
               "plan.txt     Public\r\nopen.txt     Open\r\n");
+}
+
+// An access ACL that also lets user 65534 read, as the kernel keeps it: a version, then
+// tag, permissions and id of each entry, little-endian.
+std::string aclGrantingOtherUser() {
+    std::string acl("\x02\0\0\0", 4);
+    auto entry = [&acl](char tag, char perm, std::uint32_t id) {
+        acl += std::string{tag, '\0', perm, '\0'};
+        for (int shift = 0; shift < 32; shift += 8)
+            acl += static_cast<char>((id >> shift) & 0xFF);
+    };
+    const std::uint32_t none = 0xFFFFFFFF;
+    entry('\x01', 6, none);   // owner
+    entry('\x02', 4, 65534);  // user 65534
+    entry('\x04', 4, none);   // owning group
+    entry('\x10', 4, none);   // mask
+    entry('\x20', 4, none);   // others
+    return acl;
+}
+
+std::string aclOf(const std::string& path) {
+    char value[256];
+    const ssize_t size = ::getxattr(path.c_str(), "system.posix_acl_access", value, sizeof value);
+    return size < 0 ? "" : std::string(value, static_cast<std::size_t>(size));
+}
+
+// A description given to a store file itself, and an ACL on it, stay with the file when
+// a save of another item replaces it.
+TEST_F(SharedFolderTest, ReplacedStoreFilesKeepTheirOwnDescriptionAndAcl) {
+    if (replaceStream(docs_.write("probe", ""), "probe", "x") != StreamStatus::Ok)
+        GTEST_SKIP() << "the temporary folder keeps no user extended attributes";
+    const std::string index = docs_ / "00_index.txt";
+    describe(target_, "Plan");
+    describe(index, "The folder's index");
+    const std::string acl = aclGrantingOtherUser();
+    const bool withAcl =
+        ::setxattr(index.c_str(), "system.posix_acl_access", acl.data(), acl.size(), 0) == 0;
+    describe(docs_.write("other.txt", "x"), "Other");
+    EXPECT_EQ(readNTFSDesc(index), "The folder's index");
+    EXPECT_EQ(aclOf(index), withAcl ? acl : "");
 }
 
 }  // namespace
