@@ -222,15 +222,16 @@ std::string quotedName(std::string_view name) {
     return hasBlank(name) ? '"' + std::string(name) + '"' : std::string(name);
 }
 
-// Windows-1252 where the text fits it; otherwise its bytes as they are (UTF-8, or a
-// file name that is not UTF-8), so nothing is lost.
+// A name in Windows-1252 where it fits; otherwise its bytes as they are (UTF-8, or a
+// name that is not UTF-8), as the file system holds them, so its entry is still found.
 std::string eightBit(std::string_view text) {
     return encodeCodePage(text, 1252).value_or(std::string(text));
 }
 
 // The new head line in the file's encoding. A Unicode file names the item as this
 // program reads its name; an 8-bit file keeps the name's own bytes where they are not
-// UTF-8, as the file system holds them.
+// UTF-8, as the file system holds them. A description that Windows-1252 cannot hold has
+// no entry in an 8-bit file (nullopt): UTF-8 bytes there would read as other letters.
 std::optional<std::string> encodedEntry(std::string_view name,
                                         const std::vector<std::string_view>& lines,
                                         Encoding encoding) {
@@ -239,7 +240,10 @@ std::optional<std::string> encodedEntry(std::string_view name,
         return encodeCodePage(head + joined(lines, kNoBreakSpace), 1200);
     if (encoding == Encoding::Utf8)
         return head + joined(lines, kNoBreakSpace);
-    std::string bytes = eightBit(quotedName(name)) + ' ' + eightBit(joined(lines, kEscapedBreak));
+    std::optional<std::string> text = encodeCodePage(joined(lines, kEscapedBreak), 1252);
+    if (!text)
+        return std::nullopt;
+    std::string bytes = eightBit(quotedName(name)) + ' ' + *text;
     return lines.size() > 1 ? bytes + std::string(kMultiLineMark) : bytes;
 }
 
