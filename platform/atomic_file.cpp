@@ -13,7 +13,6 @@
 #include <string>
 #include <string_view>
 
-#include "platform/files.h"
 #include "platform/folder_lock.h"
 #include "platform/regular_file.h"
 #include "platform/xattr.h"
