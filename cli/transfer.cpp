@@ -7,6 +7,7 @@
 #include "core/paths.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/folder_lock.h"
 #include "platform/lookup.h"
 #include "platform/process.h"
 #include "stores/failsafe_db.h"
@@ -205,6 +206,14 @@ void Transferring::makeSureItArrived(const std::string& before) {
 int Transferring::run() {
     if (!m_session.start())
         return kRefused;
+    // Saves of the two items, and of the entries of a moved folder, wait until every
+    // store has followed; the checks below already see what a save before us did.
+    const std::string from = fullPath(m_transfer.source), to = fullPath(m_transfer.destination);
+    ItemTurns turn;
+    if (turn.acquire({folderOfFile(from), folderOfFile(to), from}, kFolderLockTimeout)) {
+        m_session.complain(from + ": another save, move or copy of it is still running");
+        return kFailed;
+    }
     if (auto refused = refusal())
         return *refused;
     const std::string failsafe = m_session.failsafeFile();

@@ -5,10 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 
 #include "platform/code_page.h"
+#include "platform/folder_lock.h"
 #include "platform/xattr.h"
 #include "stores/failsafe_db.h"
 #include "stores/ntfs_streams.h"
@@ -109,6 +112,37 @@ TEST_F(TransferTest, ADestinationThatAppearsDuringTheCopyIsLeftAsItWas) {
     EXPECT_EQ(sharedFiles(), shared);
     for (const auto& item : std::filesystem::directory_iterator(docs_.path()))
         EXPECT_FALSE(item.path().filename().string().starts_with(".veskor-copy-")) << item.path();
+}
+
+// A save, move or copy waits while another one holds the folder's turn, and then sees
+// what that one left: here the lock is held by the test, standing in for a long save.
+TEST_F(TransferTest, SavesMovesAndCopiesOfAFoldersItemsTakeTurns) {
+    const std::tuple<const char*, const char*, const char*, std::string> calls[] = {
+        {"a save", "set", "a.txt", "New"},
+        {"a move", "mv", "b.txt", docs_ / "moved.txt"},
+        {"a copy", "cp", "c.txt", docs_ / "copy.txt"},
+    };
+    for (const auto& [name, verb, source, last] : calls) {
+        SCOPED_TRACE(name);
+        describe(docs_.write(source, "x"), "Old");
+        auto folderState = [&] {
+            std::string names;
+            for (const auto& item : std::filesystem::directory_iterator(docs_.path()))
+                names += item.path().filename().string() + "\n";
+            return names + sharedFiles();
+        };
+        const std::string before = folderState();
+        FolderLock otherSave;
+        ASSERT_FALSE(otherSave.acquire(docs_.path(), std::chrono::milliseconds(0)));
+        int exitCode = -1;
+        std::thread call([&] { exitCode = run({verb, docs_ / source, last}); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        EXPECT_EQ(folderState(), before) << "it went ahead while the turn was taken";
+        otherSave.release();
+        call.join();
+        EXPECT_EQ(exitCode, 0) << err_.str();
+        EXPECT_NE(folderState(), before);
+    }
 }
 
 dev_t deviceOf(const std::string& path) {
