@@ -10,6 +10,7 @@
 #include "platform/folder_lock.h"
 #include "platform/lookup.h"
 #include "platform/process.h"
+#include "stores/descript_ion.h"
 #include "stores/failsafe_db.h"
 #include "stores/folder_index.h"
 
@@ -34,6 +35,47 @@ struct Ends {
     TargetPaths from, to;
 };
 
+SharedState stateFor(const Session& session, const TargetPaths& target, const std::string& text,
+                     bool remove) {
+    SharedState state;
+    state.data = session.state.data;
+    state.options = session.state.options;
+    state.target = target;
+    state.targetFileDesc = text;
+    state.removeTargetFileDescFlag = remove ? 1 : 0;
+    return state;
+}
+
+// A store that keeps the entries of one folder in one file: the folder index, or the
+// folder's descript.ion where it has one.
+struct FolderStore {
+    std::string name;
+    // The entry's text, CR LF breaks, no line break after the last line.
+    std::optional<std::string> (*read)(const TargetPaths& target);
+    WriteResult (*write)(const SharedState& state, Prompter& prompter);
+};
+
+std::optional<std::string> indexEntry(const TargetPaths& target) {
+    // The reader ends every line with a CR LF, where the writer puts one between lines.
+    std::string text = read00IndexFile(target);
+    if (text.empty())
+        return std::nullopt;
+    if (text.ends_with("\r\n"))
+        text.resize(text.size() - 2);
+    return text;
+}
+
+WriteResult writeIndexEntry(const SharedState& state, Prompter& prompter) {
+    return update00IndexFile(state, prompter);
+}
+
+WriteResult writeDescriptIonEntry(const SharedState& state, Prompter& prompter) {
+    return updateDescriptIon(state, prompter);
+}
+
+const FolderStore kIndex{"00_index.txt", indexEntry, writeIndexEntry};
+const FolderStore kDescriptIon{"descript.ion", readDescriptIon, writeDescriptIonEntry};
+
 class Transferring {
 public:
     Transferring(Session& session, const Transfer& transfer)
@@ -49,10 +91,9 @@ private:
     // exits 0.
     bool runCoreutil(const std::vector<std::string>& argv, const std::string& from);
     void carryExportedFile();
-    void carryIndexEntry(const std::string& indexText);
+    void carryFolderEntry(const FolderStore& store, const std::optional<std::string>& text);
     void carryFailsafeRecords();
     void makeSureItArrived(const std::string& before);
-    WriteResult writeIndex(const TargetPaths& target, const std::string& text, bool remove);
 
     Session& m_session;
     Transfer m_transfer;
@@ -145,30 +186,25 @@ void Transferring::carryExportedFile() {
         m_failed = true;
 }
 
-WriteResult Transferring::writeIndex(const TargetPaths& target, const std::string& text,
-                                     bool remove) {
-    SharedState state;
-    state.data = m_session.state.data;
-    state.options = m_session.state.options;
-    state.target = target;
-    state.targetFileDesc = text;
-    state.removeTargetFileDescFlag = remove ? 1 : 0;
-    return update00IndexFile(state, m_session.prompter);
-}
-
 // The source's entry leaves first, so that a rename that changes only the letter case
-// within a folder ends with the one entry.
-void Transferring::carryIndexEntry(const std::string& indexText) {
-    if (!indexText.empty() && !m_transfer.keepSource &&
-        writeIndex(m_ends.from, "", true) == WriteResult::Error)
+// within a folder ends with the one entry. A text that `set` would refuse (a NUL byte)
+// is not carried; a stale entry of the destination's name goes.
+void Transferring::carryFolderEntry(const FolderStore& store,
+                                    const std::optional<std::string>& text) {
+    const TargetPaths& from = m_ends.from;
+    const TargetPaths& to = m_ends.to;
+    if (text && !m_transfer.keepSource &&
+        store.write(stateFor(m_session, from, "", true), m_session.prompter) == WriteResult::Error)
         m_failed = true;
-    // The writer puts a CR LF between lines; the reader ended every line with one.
-    std::string text = indexText;
-    if (text.ends_with("\r\n"))
-        text.resize(text.size() - 2);
-    const bool staleEntry = indexText.empty() && !read00IndexFile(m_ends.to).empty();
-    if ((!indexText.empty() || staleEntry) &&
-        writeIndex(m_ends.to, text, staleEntry) == WriteResult::Error)
+    const std::string refusal = text ? storeRefusal(*text) : "";
+    if (!refusal.empty())
+        m_session.complain(to.targetFileFullPathname + ": its " + store.name +
+                           " entry is not carried: " + refusal);
+    const bool carried = text && refusal.empty();
+    const bool staleEntry = !carried && store.read(to);
+    if ((carried || staleEntry) &&
+        store.write(stateFor(m_session, to, carried ? *text : "", !carried), m_session.prompter) ==
+            WriteResult::Error)
         m_failed = true;
 }
 
@@ -188,13 +224,10 @@ void Transferring::makeSureItArrived(const std::string& before) {
     };
     if (arrived())
         return;
-    SharedState state;
-    state.data = m_session.state.data;
-    state.options = m_session.state.options;
-    state.target = m_ends.to;
+    SharedState state = stateFor(m_session, m_ends.to, "", false);
     PlainEditorState editor;
     StderrPrompter yes(true, m_session.streams.err);
-    if (before.empty() ||
+    if (before.empty() || !storeRefusal(before).empty() ||
         saveDescription(state, editor, withCrLfBreaks(before), false, yes) != SaveOutcome::Stored ||
         !arrived()) {
         m_session.complain(m_ends.to.targetFileFullPathname +
@@ -218,11 +251,13 @@ int Transferring::run() {
         return *refused;
     const std::string failsafe = m_session.failsafeFile();
     const std::string before = printedText(findDescription(m_ends.from, failsafe, storeReaders()));
-    const std::string indexText = read00IndexFile(m_ends.from);
+    const std::optional<std::string> indexText = kIndex.read(m_ends.from),
+                                     descriptIonText = kDescriptIon.read(m_ends.from);
     if (!carryEntry(m_ends.from.targetFileFullPathname, m_ends.to.targetFileFullPathname))
         return kFailed;
     carryExportedFile();
-    carryIndexEntry(indexText);
+    carryFolderEntry(kIndex, indexText);
+    carryFolderEntry(kDescriptIon, descriptIonText);
     carryFailsafeRecords();
     makeSureItArrived(before);
     return m_failed ? kFailed : kDone;

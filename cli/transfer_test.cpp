@@ -114,6 +114,36 @@ TEST_F(TransferTest, ADestinationThatAppearsDuringTheCopyIsLeftAsItWas) {
         EXPECT_FALSE(item.path().filename().string().starts_with(".veskor-copy-")) << item.path();
 }
 
+// Where a folder has a descript.ion, the entry leaves the source's and joins the
+// destination's in that file's own form; a stale entry of the destination's name goes.
+TEST_F(TransferTest, DescriptIonEntriesFollowTheMoveOrCopy) {
+    docs_.write("s/descript.ion", "other.txt Other\r\n");
+    docs_.write("d/descript.ion", "\xEF\xBB\xBF" "b.txt stale\r\n");
+    describe(docs_.write("s/a.txt", "x"), "Line one\nline two");
+    ASSERT_EQ(run({"mv", docs_ / "s/a.txt", docs_ / "d/b.txt"}), 0) << err_.str();
+    EXPECT_EQ(readFileBytes(docs_ / "s/descript.ion"), "other.txt Other\r\n");
+    EXPECT_EQ(readFileBytes(docs_ / "d/descript.ion"),
+              "\xEF\xBB\xBF"
+              "b.txt Line one\xC2\xA0line two\r\n");
+    ASSERT_EQ(run({"cp", docs_ / "d/b.txt", docs_ / "s/c.txt"}), 0) << err_.str();
+    EXPECT_EQ(readFileBytes(docs_ / "s/descript.ion"),
+              "other.txt Other\r\nc.txt Line one\\nline two\x04\xC2\r\n");
+    EXPECT_EQ(readFileBytes(docs_ / "d/descript.ion"),
+              "\xEF\xBB\xBF"
+              "b.txt Line one\xC2\xA0line two\r\n");
+
+    // Nothing but the source's descript.ion knows n.txt, and with a text that `set`
+    // refuses: the entry leaves, and none arrives.
+    docs_.write("s/n.txt", "x");
+    docs_.write("s/descript.ion", std::string("n.txt bad\0text\r\n", 16));
+    EXPECT_EQ(run({"mv", docs_ / "s/n.txt", docs_ / "d/n.txt"}), 1);
+    EXPECT_NE(err_.str().find("NUL byte"), std::string::npos) << err_.str();
+    EXPECT_FALSE(std::filesystem::exists(docs_ / "s/descript.ion"));
+    EXPECT_EQ(readFileBytes(docs_ / "d/descript.ion"),
+              "\xEF\xBB\xBF"
+              "b.txt Line one\xC2\xA0line two\r\n");
+}
+
 // A save, move or copy waits while another one holds the folder's turn, and then sees
 // what that one left: here the lock is held by the test, standing in for a long save.
 TEST_F(TransferTest, SavesMovesAndCopiesOfAFoldersItemsTakeTurns) {
