@@ -5,6 +5,7 @@
 
 #include "cli/progress.h"
 #include "core/paths.h"
+#include "platform/code_page.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/folder_lock.h"
@@ -29,6 +30,28 @@ bool somethingAt(const std::string& path) {
     std::error_code ec;
     return std::filesystem::symlink_status(path, ec).type() !=
            std::filesystem::file_type::not_found;
+}
+
+// How many entries have a path that upper-cases as `path` (a full path) does.
+std::size_t entriesSharingKey(const std::string& path) {
+    std::vector<std::string> matches{"/"};
+    std::size_t start = 1;
+    while (start < path.size() && !matches.empty()) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        const std::string wanted = upperCase(path.substr(start, end - start));
+        std::vector<std::string> next;
+        for (const std::string& folder : matches) {
+            std::vector<FolderItem> items;
+            if (readFolder(folder, items))
+                continue;
+            for (const FolderItem& item : items)
+                if (upperCase(item.name) == wanted)
+                    next.push_back(folder + item.name + "/");
+        }
+        matches = std::move(next);
+        start = end + 1;
+    }
+    return matches.size();
 }
 
 struct Ends {
@@ -208,10 +231,20 @@ void Transferring::carryFolderEntry(const FolderStore& store,
         m_failed = true;
 }
 
+// On a file system that tells letter case apart, entries whose paths differ only in
+// case share their failsafe records, and nothing tells whose a record is: those are
+// left as they are, the moved entry's kept at the old key too, and the destination's
+// namesake's kept while the moved records do not join them.
 void Transferring::carryFailsafeRecords() {
-    if (moveFailsafeRecords(m_session.failsafeFile(), m_ends.from.targetFileFullPathname,
-                            m_ends.to.targetFileFullPathname, m_transfer.keepSource,
-                            m_session.prompter) == WriteResult::Error)
+    const std::string &from = m_ends.from.targetFileFullPathname,
+                      &to = m_ends.to.targetFileFullPathname;
+    FailsafeMove move{.from = from, .to = to, .keepOld = m_transfer.keepSource};
+    if (upperCase(from) != upperCase(to)) {
+        move.keepOld = move.keepOld || entriesSharingKey(from) > 0;
+        move.leaveDestination = entriesSharingKey(to) > 1;
+    }
+    if (moveFailsafeRecords(m_session.failsafeFile(), move, m_session.prompter) ==
+        WriteResult::Error)
         m_failed = true;
 }
 

@@ -114,11 +114,36 @@ TEST_F(TransferTest, ADestinationThatAppearsDuringTheCopyIsLeftAsItWas) {
         EXPECT_FALSE(item.path().filename().string().starts_with(".veskor-copy-")) << item.path();
 }
 
+// Failsafe keys are upper-cased paths: a name that is not UTF-8 keeps its bytes, and
+// folders whose names differ only in case share keys. Where the records of two
+// entries cannot be told apart, the other entry's stay as they were.
+TEST_F(TransferTest, FailsafeRecordsMoveOnTheirBytesAndOnlyWhereTheyCanBeToldApart) {
+    describe(docs_.write("caf\xE9", "x"), "Latin");
+    ASSERT_EQ(run({"mv", docs_ / "caf\xE9", docs_ / "th\xE9"}), 0) << err_.str();
+    EXPECT_FALSE(hasRecord(docs_ / "caf\xE9"));
+    EXPECT_EQ(readFailsafeDB(failsafeFile(), docs_ / "th\xE9"), "Latin\r\n");
+
+    describe(docs_.write("tree/y", "x"), "Y");
+    describe(docs_.write("Tree/z", "x"), "Z");
+    ASSERT_EQ(run({"mv", docs_ / "tree", docs_ / "moved"}), 0) << err_.str();
+    EXPECT_EQ(readFailsafeDB(failsafeFile(), docs_ / "Tree/z"), "Z\r\n");
+    EXPECT_EQ(readFailsafeDB(failsafeFile(), docs_ / "moved/y"), "Y\r\n");
+
+    describe(docs_.write("Other/w", "x"), "W");
+    describe(docs_.write("source/w", "x"), "S");
+    ASSERT_EQ(run({"mv", docs_ / "source", docs_ / "other"}), 0) << err_.str();
+    EXPECT_EQ(readFailsafeDB(failsafeFile(), docs_ / "Other/w"), "W\r\n");
+    EXPECT_FALSE(hasRecord(docs_ / "source/w"));
+    EXPECT_EQ(get(docs_ / "other/w"), "S\n");
+}
+
 // Where a folder has a descript.ion, the entry leaves the source's and joins the
 // destination's in that file's own form; a stale entry of the destination's name goes.
 TEST_F(TransferTest, DescriptIonEntriesFollowTheMoveOrCopy) {
     docs_.write("s/descript.ion", "other.txt Other\r\n");
-    docs_.write("d/descript.ion", "\xEF\xBB\xBF" "b.txt stale\r\n");
+    docs_.write("d/descript.ion",
+                "\xEF\xBB\xBF"
+                "b.txt stale\r\n");
     describe(docs_.write("s/a.txt", "x"), "Line one\nline two");
     ASSERT_EQ(run({"mv", docs_ / "s/a.txt", docs_ / "d/b.txt"}), 0) << err_.str();
     EXPECT_EQ(readFileBytes(docs_ / "s/descript.ion"), "other.txt Other\r\n");
