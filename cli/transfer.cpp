@@ -25,11 +25,13 @@ std::string fullPath(const std::string& path) {
     return full;
 }
 
-// Anything at the path, a dangling link included.
+// Anything at the path, a dangling link included. A name longer than the file system
+// allows (the exported file of a name of the longest length) holds nothing; any other
+// failure to look counts as something there.
 bool somethingAt(const std::string& path) {
     std::error_code ec;
-    return std::filesystem::symlink_status(path, ec).type() !=
-           std::filesystem::file_type::not_found;
+    const auto type = std::filesystem::symlink_status(path, ec).type();
+    return type != std::filesystem::file_type::not_found && ec != std::errc::filename_too_long;
 }
 
 // How many entries have a path that upper-cases as `path` (a full path) does.

@@ -137,6 +137,21 @@ TEST_F(TransferTest, FailsafeRecordsMoveOnTheirBytesAndOnlyWhereTheyCanBeToldApa
     EXPECT_EQ(get(docs_ / "other/w"), "S\n");
 }
 
+// The exported file of a name as long as the file system allows cannot exist: there
+// is nothing to move, and nothing failed.
+TEST_F(TransferTest, AMoveOfTheLongestNameSucceeds) {
+    // 255 bytes in 85 characters, well within the longest path kept.
+    std::string source, destination;
+    for (int i = 0; i < 85; ++i) {
+        source += "\xE2\x82\xAC";       // the euro sign
+        destination += "\xE2\x84\xA2";  // the trade mark sign
+    }
+    describe(docs_.write(source, "x"), "Long");
+    EXPECT_EQ(run({"mv", docs_ / source, docs_ / destination}), 0) << err_.str();
+    EXPECT_EQ(err_.str(), "");
+    EXPECT_EQ(get(docs_ / destination), "Long\n");
+}
+
 // Where a folder has a descript.ion, the entry leaves the source's and joins the
 // destination's in that file's own form; a stale entry of the destination's name goes.
 TEST_F(TransferTest, DescriptIonEntriesFollowTheMoveOrCopy) {
