@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "cli/progress.h"
+#include "cli/transfer_staging.h"
 #include "core/paths.h"
 #include "platform/code_page.h"
 #include "platform/environment.h"
@@ -177,18 +178,18 @@ bool Transferring::carryEntry(const std::string& from, const std::string& to) {
 // which fails when the destination appeared meanwhile: cp -n would then skip the copy
 // and still report success, and the stores would describe the other file.
 bool Transferring::copyEntry(const std::string& from, const std::string& to) {
-    std::string staging;
-    if (std::error_code ec =
-            createUniqueFolder(std::string(folderOf(to)) + ".veskor-copy-", staging)) {
+    const std::string folder(folderOf(to));
+    removeAbandonedStagingFolders(folder);
+    StagingFolder staging;
+    if (std::error_code ec = staging.create(folder)) {
         m_session.complain(to + ": cannot be copied to: " + ec.message());
         return false;
     }
-    const std::string staged = staging + "/" + std::string(lastComponent(to));
+    const std::string name(lastComponent(to));
     std::error_code ec;
-    const bool copied = runCoreutil({"cp", "-T", "-n", "-a", "--", from, staged}, from) &&
-                        somethingAt(staged) && !(ec = renameNoReplace(staged, to));
-    std::error_code ignored;
-    std::filesystem::remove_all(staging, ignored);
+    const bool copied =
+        runCoreutil({"cp", "-T", "-n", "-a", "--", from, staging.childPath(name)}, from) &&
+        !(ec = staging.moveOut(name, to));
     if (!copied)
         m_session.complain(from + ": cannot be copied" + (ec ? ": " + ec.message() : ""));
     return copied;

@@ -215,6 +215,70 @@ TEST_F(TransferTest, SavesMovesAndCopiesOfAFoldersItemsTakeTurns) {
     }
 }
 
+// A cp on PATH that runs `before` and `after` it in the folder that holds the
+// destination.
+class CpBetween {
+public:
+    CpBetween(const TempDir& program, const std::string& folder, const std::string& before,
+              const std::string& after)
+        : m_path(std::getenv("PATH")) {
+        const std::string cp = program.write(
+            "tools/cp", "#!/bin/sh\ncd '" + folder + "' || exit 9\n" + before +
+                            "\n/bin/cp \"$@\"\nstatus=$?\n" + after + "\nexit $status\n");
+        EXPECT_EQ(::chmod(cp.c_str(), 0755), 0);
+        EXPECT_EQ(::setenv("PATH", (program / "tools:" + m_path).c_str(), 1), 0);
+    }
+    ~CpBetween() { ::setenv("PATH", m_path.c_str(), 1); }
+
+private:
+    std::string m_path;
+};
+
+// Anyone who may write the destination's folder may put a link where the staging
+// folder was while cp writes into it, and take it away before the copy is renamed
+// into place: the copy still arrives, and nothing is written where the link pointed.
+TEST_F(TransferTest, ACopyLandsOnlyInTheStagingFolderItMade) {
+    describe(docs_.write("tool.desktop", "ours"), "Ours");
+    const std::string trap = program_.mkdir("autostart");
+    {
+        const CpBetween swap(
+            program_, docs_.path(),
+            "for d in .veskor-copy-*; do mv \"$d\" elsewhere && ln -s '" + trap + "' \"$d\"; done",
+            "rm .veskor-copy-*");
+        EXPECT_EQ(run({"cp", docs_ / "tool.desktop", docs_ / "copy.desktop"}), 0) << err_.str();
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(trap));
+    EXPECT_EQ(readFileBytes(docs_ / "copy.desktop"), "ours");
+    EXPECT_EQ(get(docs_ / "copy.desktop"), "Ours\n");
+}
+
+// A copy that was killed leaves its staging folder: the next copy into that folder
+// removes it, without following the links in it, unless a copy still holds it or it
+// is another user's. Listings never show one.
+TEST_F(TransferTest, AbandonedStagingFoldersGoWithTheNextCopy) {
+    const std::string kept = program_.write("kept.txt", "kept");
+    const std::string abandoned = docs_.mkdir(".veskor-copy-AAAAAA"),
+                      held = docs_.mkdir(".veskor-copy-BBBBBB");
+    docs_.write(".veskor-copy-AAAAAA/part/of/a/tree", "partial");
+    ASSERT_EQ(::symlink(kept.c_str(), (abandoned + "/part/link").c_str()), 0);
+    ASSERT_EQ(::symlink(program_.path().c_str(), (abandoned + "/folder-link").c_str()), 0);
+    ASSERT_EQ(::chmod((abandoned + "/part/of").c_str(), 0500), 0);
+    FolderLock stillCopying;
+    ASSERT_FALSE(stillCopying.acquire(held, std::chrono::milliseconds(0)));
+    const std::string theirs = docs_.mkdir(".veskor-copy-CCCCCC");
+    const bool asRoot = ::geteuid() == 0;
+    ASSERT_TRUE(!asRoot || ::chown(theirs.c_str(), 65534, 65534) == 0);
+    describe(docs_.write("plan.txt", "x"), "Plan");
+
+    ASSERT_EQ(run({"ls", "-a", docs_.path()}), 0);
+    EXPECT_EQ(out_.str(), "00_index.txt\t\nplan.txt\tPlan\n");
+    ASSERT_EQ(run({"cp", docs_ / "plan.txt", docs_ / "copy.txt"}), 0) << err_.str();
+    EXPECT_FALSE(std::filesystem::exists(abandoned));
+    EXPECT_TRUE(std::filesystem::exists(held));
+    EXPECT_EQ(std::filesystem::exists(theirs), asRoot) << "another user's";
+    EXPECT_EQ(readFileBytes(kept), "kept");
+}
+
 dev_t deviceOf(const std::string& path) {
     struct stat st {};
     return ::stat(path.c_str(), &st) == 0 ? st.st_dev : 0;
