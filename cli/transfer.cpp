@@ -110,7 +110,7 @@ public:
     int run();
 
 private:
-    std::optional<int> refusal();
+    std::optional<int> refusal(const std::string& from, const std::string& to);
     bool carryEntry(const std::string& from, const std::string& to);
     bool copyEntry(const std::string& from, const std::string& to);
     // Runs mv or cp, showing on a terminal how long it has been running; true when it
@@ -128,8 +128,7 @@ private:
     bool m_failed = false;
 };
 
-std::optional<int> Transferring::refusal() {
-    const std::string from = fullPath(m_transfer.source), to = fullPath(m_transfer.destination);
+std::optional<int> Transferring::refusal(const std::string& from, const std::string& to) {
     auto fromTarget = m_session.targetPathsOf(from), toTarget = m_session.targetPathsOf(to);
     if (!fromTarget || !toTarget) {
         m_session.complain("no description can be kept for " + (fromTarget ? to : from));
@@ -283,7 +282,7 @@ int Transferring::run() {
         m_session.complain(from + ": another save, move or copy of it is still running");
         return kFailed;
     }
-    if (auto refused = refusal())
+    if (auto refused = refusal(from, to))
         return *refused;
     const std::string failsafe = m_session.failsafeFile();
     const std::string before = printedText(findDescription(m_ends.from, failsafe, storeReaders()));
