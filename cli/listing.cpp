@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "cli/json_lines.h"
+#include "cli/transfer_staging.h"
 #include "platform/code_page.h"
 #include "platform/files.h"
 
@@ -95,8 +96,9 @@ bool FolderReader::read(const std::string& folder, const std::function<void(List
     for (const SortKey& key : sorted) {
         const FolderItem& n = *key.item;
         entry.path.assign(folder).append(n.name);
-        // Another entry's exported file: opening it would open that entry.
-        if (isExportedFileName(n.name))
+        // Another entry's exported file: opening it would open that entry. A copy's
+        // staging folder is not an entry of anyone's.
+        if (isExportedFileName(n.name) || isStagingFolderName(n.name))
             continue;
         // A name the editor refuses has no description.
         auto target = m_checker.pathsOf(entry.path, n.isLink, m_data);

@@ -4,11 +4,15 @@
 #include <filesystem>
 
 #include "cli/progress.h"
+#include "cli/transfer_staging.h"
 #include "core/paths.h"
+#include "platform/code_page.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/folder_lock.h"
 #include "platform/lookup.h"
 #include "platform/process.h"
+#include "stores/descript_ion.h"
 #include "stores/failsafe_db.h"
 #include "stores/folder_index.h"
 
@@ -22,16 +26,81 @@ std::string fullPath(const std::string& path) {
     return full;
 }
 
-// Anything at the path, a dangling link included.
+// Anything at the path, a dangling link included. A name longer than the file system
+// allows (the exported file of a name of the longest length) holds nothing; any other
+// failure to look counts as something there.
 bool somethingAt(const std::string& path) {
     std::error_code ec;
-    return std::filesystem::symlink_status(path, ec).type() !=
-           std::filesystem::file_type::not_found;
+    const auto type = std::filesystem::symlink_status(path, ec).type();
+    return type != std::filesystem::file_type::not_found && ec != std::errc::filename_too_long;
+}
+
+// How many entries have a path that upper-cases as `path` (a full path) does.
+std::size_t entriesSharingKey(const std::string& path) {
+    std::vector<std::string> matches{"/"};
+    std::size_t start = 1;
+    while (start < path.size() && !matches.empty()) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        const std::string wanted = upperCase(path.substr(start, end - start));
+        std::vector<std::string> next;
+        for (const std::string& folder : matches) {
+            std::vector<FolderItem> items;
+            if (readFolder(folder, items))
+                continue;
+            for (const FolderItem& item : items)
+                if (upperCase(item.name) == wanted)
+                    next.push_back(folder + item.name + "/");
+        }
+        matches = std::move(next);
+        start = end + 1;
+    }
+    return matches.size();
 }
 
 struct Ends {
     TargetPaths from, to;
 };
+
+SharedState stateFor(const Session& session, const TargetPaths& target, const std::string& text,
+                     bool remove) {
+    SharedState state;
+    state.data = session.state.data;
+    state.options = session.state.options;
+    state.target = target;
+    state.targetFileDesc = text;
+    state.removeTargetFileDescFlag = remove ? 1 : 0;
+    return state;
+}
+
+// A store that keeps the entries of one folder in one file: the folder index, or the
+// folder's descript.ion where it has one.
+struct FolderStore {
+    std::string name;
+    // The entry's text, CR LF breaks, no line break after the last line.
+    std::optional<std::string> (*read)(const TargetPaths& target);
+    WriteResult (*write)(const SharedState& state, Prompter& prompter);
+};
+
+std::optional<std::string> indexEntry(const TargetPaths& target) {
+    // The reader ends every line with a CR LF, where the writer puts one between lines.
+    std::string text = read00IndexFile(target);
+    if (text.empty())
+        return std::nullopt;
+    if (text.ends_with("\r\n"))
+        text.resize(text.size() - 2);
+    return text;
+}
+
+WriteResult writeIndexEntry(const SharedState& state, Prompter& prompter) {
+    return update00IndexFile(state, prompter);
+}
+
+WriteResult writeDescriptIonEntry(const SharedState& state, Prompter& prompter) {
+    return updateDescriptIon(state, prompter);
+}
+
+const FolderStore kIndex{"00_index.txt", indexEntry, writeIndexEntry};
+const FolderStore kDescriptIon{"descript.ion", readDescriptIon, writeDescriptIonEntry};
 
 class Transferring {
 public:
@@ -41,17 +110,16 @@ public:
     int run();
 
 private:
-    std::optional<int> refusal();
+    std::optional<int> refusal(const std::string& from, const std::string& to);
     bool carryEntry(const std::string& from, const std::string& to);
     bool copyEntry(const std::string& from, const std::string& to);
     // Runs mv or cp, showing on a terminal how long it has been running; true when it
     // exits 0.
     bool runCoreutil(const std::vector<std::string>& argv, const std::string& from);
     void carryExportedFile();
-    void carryIndexEntry(const std::string& indexText);
+    void carryFolderEntry(const FolderStore& store, const std::optional<std::string>& text);
     void carryFailsafeRecords();
     void makeSureItArrived(const std::string& before);
-    WriteResult writeIndex(const TargetPaths& target, const std::string& text, bool remove);
 
     Session& m_session;
     Transfer m_transfer;
@@ -60,8 +128,7 @@ private:
     bool m_failed = false;
 };
 
-std::optional<int> Transferring::refusal() {
-    const std::string from = fullPath(m_transfer.source), to = fullPath(m_transfer.destination);
+std::optional<int> Transferring::refusal(const std::string& from, const std::string& to) {
     auto fromTarget = m_session.targetPathsOf(from), toTarget = m_session.targetPathsOf(to);
     if (!fromTarget || !toTarget) {
         m_session.complain("no description can be kept for " + (fromTarget ? to : from));
@@ -110,18 +177,18 @@ bool Transferring::carryEntry(const std::string& from, const std::string& to) {
 // which fails when the destination appeared meanwhile: cp -n would then skip the copy
 // and still report success, and the stores would describe the other file.
 bool Transferring::copyEntry(const std::string& from, const std::string& to) {
-    std::string staging;
-    if (std::error_code ec =
-            createUniqueFolder(std::string(folderOf(to)) + ".veskor-copy-", staging)) {
+    const std::string folder(folderOf(to));
+    removeAbandonedStagingFolders(folder);
+    StagingFolder staging;
+    if (std::error_code ec = staging.create(folder)) {
         m_session.complain(to + ": cannot be copied to: " + ec.message());
         return false;
     }
-    const std::string staged = staging + "/" + std::string(lastComponent(to));
+    const std::string name(lastComponent(to));
     std::error_code ec;
-    const bool copied = runCoreutil({"cp", "-T", "-n", "-a", "--", from, staged}, from) &&
-                        somethingAt(staged) && !(ec = renameNoReplace(staged, to));
-    std::error_code ignored;
-    std::filesystem::remove_all(staging, ignored);
+    const bool copied =
+        runCoreutil({"cp", "-T", "-n", "-a", "--", from, staging.childPath(name)}, from) &&
+        !(ec = staging.moveOut(name, to));
     if (!copied)
         m_session.complain(from + ": cannot be copied" + (ec ? ": " + ec.message() : ""));
     return copied;
@@ -144,37 +211,42 @@ void Transferring::carryExportedFile() {
         m_failed = true;
 }
 
-WriteResult Transferring::writeIndex(const TargetPaths& target, const std::string& text,
-                                     bool remove) {
-    SharedState state;
-    state.data = m_session.state.data;
-    state.options = m_session.state.options;
-    state.target = target;
-    state.targetFileDesc = text;
-    state.removeTargetFileDescFlag = remove ? 1 : 0;
-    return update00IndexFile(state, m_session.prompter);
-}
-
 // The source's entry leaves first, so that a rename that changes only the letter case
-// within a folder ends with the one entry.
-void Transferring::carryIndexEntry(const std::string& indexText) {
-    if (!indexText.empty() && !m_transfer.keepSource &&
-        writeIndex(m_ends.from, "", true) == WriteResult::Error)
+// within a folder ends with the one entry. A text that `set` would refuse (a NUL byte)
+// is not carried; a stale entry of the destination's name goes.
+void Transferring::carryFolderEntry(const FolderStore& store,
+                                    const std::optional<std::string>& text) {
+    const TargetPaths& from = m_ends.from;
+    const TargetPaths& to = m_ends.to;
+    if (text && !m_transfer.keepSource &&
+        store.write(stateFor(m_session, from, "", true), m_session.prompter) == WriteResult::Error)
         m_failed = true;
-    // The writer puts a CR LF between lines; the reader ended every line with one.
-    std::string text = indexText;
-    if (text.ends_with("\r\n"))
-        text.resize(text.size() - 2);
-    const bool staleEntry = indexText.empty() && !read00IndexFile(m_ends.to).empty();
-    if ((!indexText.empty() || staleEntry) &&
-        writeIndex(m_ends.to, text, staleEntry) == WriteResult::Error)
+    const std::string refusal = text ? storeRefusal(*text) : "";
+    if (!refusal.empty())
+        m_session.complain(to.targetFileFullPathname + ": its " + store.name +
+                           " entry is not carried: " + refusal);
+    const bool carried = text && refusal.empty();
+    const bool staleEntry = !carried && store.read(to);
+    if ((carried || staleEntry) &&
+        store.write(stateFor(m_session, to, carried ? *text : "", !carried), m_session.prompter) ==
+            WriteResult::Error)
         m_failed = true;
 }
 
+// On a file system that tells letter case apart, entries whose paths differ only in
+// case share their failsafe records, and nothing tells whose a record is: those are
+// left as they are, the moved entry's kept at the old key too, and the destination's
+// namesake's kept while the moved records do not join them.
 void Transferring::carryFailsafeRecords() {
-    if (moveFailsafeRecords(m_session.failsafeFile(), m_ends.from.targetFileFullPathname,
-                            m_ends.to.targetFileFullPathname, m_transfer.keepSource,
-                            m_session.prompter) == WriteResult::Error)
+    const std::string &from = m_ends.from.targetFileFullPathname,
+                      &to = m_ends.to.targetFileFullPathname;
+    FailsafeMove move{.from = from, .to = to, .keepOld = m_transfer.keepSource};
+    if (upperCase(from) != upperCase(to)) {
+        move.keepOld = move.keepOld || entriesSharingKey(from) > 0;
+        move.leaveDestination = entriesSharingKey(to) > 1;
+    }
+    if (moveFailsafeRecords(m_session.failsafeFile(), move, m_session.prompter) ==
+        WriteResult::Error)
         m_failed = true;
 }
 
@@ -187,13 +259,10 @@ void Transferring::makeSureItArrived(const std::string& before) {
     };
     if (arrived())
         return;
-    SharedState state;
-    state.data = m_session.state.data;
-    state.options = m_session.state.options;
-    state.target = m_ends.to;
+    SharedState state = stateFor(m_session, m_ends.to, "", false);
     PlainEditorState editor;
     StderrPrompter yes(true, m_session.streams.err);
-    if (before.empty() ||
+    if (before.empty() || !storeRefusal(before).empty() ||
         saveDescription(state, editor, withCrLfBreaks(before), false, yes) != SaveOutcome::Stored ||
         !arrived()) {
         m_session.complain(m_ends.to.targetFileFullPathname +
@@ -205,15 +274,25 @@ void Transferring::makeSureItArrived(const std::string& before) {
 int Transferring::run() {
     if (!m_session.start())
         return kRefused;
-    if (auto refused = refusal())
+    // Saves of the two items, and of the entries of a moved folder, wait until every
+    // store has followed; the checks below already see what a save before us did.
+    const std::string from = fullPath(m_transfer.source), to = fullPath(m_transfer.destination);
+    ItemTurns turn;
+    if (turn.acquire({folderOfFile(from), folderOfFile(to), from}, kFolderLockTimeout)) {
+        m_session.complain(from + ": another save, move or copy of it is still running");
+        return kFailed;
+    }
+    if (auto refused = refusal(from, to))
         return *refused;
     const std::string failsafe = m_session.failsafeFile();
     const std::string before = printedText(findDescription(m_ends.from, failsafe, storeReaders()));
-    const std::string indexText = read00IndexFile(m_ends.from);
+    const std::optional<std::string> indexText = kIndex.read(m_ends.from),
+                                     descriptIonText = kDescriptIon.read(m_ends.from);
     if (!carryEntry(m_ends.from.targetFileFullPathname, m_ends.to.targetFileFullPathname))
         return kFailed;
     carryExportedFile();
-    carryIndexEntry(indexText);
+    carryFolderEntry(kIndex, indexText);
+    carryFolderEntry(kDescriptIon, descriptIonText);
     carryFailsafeRecords();
     makeSureItArrived(before);
     return m_failed ? kFailed : kDone;

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "platform/files.h"
+#include "platform/folder_lock.h"
 #include "platform/lookup.h"
 #include "stores/descript_ion.h"
 #include "stores/exported_desc.h"
@@ -96,6 +97,14 @@ SaveOutcome Command1_Click(SharedState& state, EditorState& editor, Prompter& pr
         if (ask(prompter, "Delete existing description?", Buttons::YesNo) != Answer::Yes)
             return returnToEditing(editor);
         state.removeTargetFileDescFlag = 1;
+    }
+    // A move or copy of the target, or another save of it, runs before or after this
+    // one, never between its stores. One that keeps the turn too long fails the save
+    // at its first store.
+    ItemTurns turn;
+    if (turn.acquire({folderOfFile(state.target.targetFileFullPathname)}, kFolderLockTimeout)) {
+        showError(prompter, "Error: Problem while updating filesafe DB.");
+        return returnToEditing(editor);
     }
     if (!entryExists(state.target.targetFileFullPathname))
         return targetGone(state, prompter);

@@ -7,7 +7,9 @@
 // The Update command: stores the description box's text in the failsafe database, the
 // exported file, the folder index, the folder's descript.ion (where there is one) and
 // the target's streams, in that order, stopping at the first store that fails; then in
-// the file manager's comment, which never fails the save.
+// the file manager's comment, which never fails the save. The stores are written in
+// the turn of the target's folder (ItemTurns), so that a move or copy of the target,
+// or another save of it, never falls between them.
 
 enum class SaveOutcome {
     NotRun,               // the Update button was disabled: nothing happened

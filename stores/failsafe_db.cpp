@@ -195,37 +195,61 @@ void writeLines(AtomicFile& out, const std::vector<std::string>& lines) {
 
 struct RecordMove {
     std::string fromKey, toKey;
-    bool keepOld;
+    bool keepOld, leaveDestination;
 };
+
+bool isMoving(std::string_view key, const RecordMove& move) {
+    return isAtOrUnder(key, move.fromKey) || isAtOrUnder(key, move.toKey);
+}
+
+// The key of a begin line that the move concerns: its bytes where they match, so that
+// a name that is not UTF-8 keeps its bytes, else the key as the reader decodes it.
+std::optional<std::string> movingKey(std::string_view line, const RecordMove& move) {
+    if (!line.starts_with(kBeginPrefix))
+        return std::nullopt;
+    if (std::string_view bytes = line.substr(kBeginPrefix.size()); isMoving(bytes, move))
+        return std::string(bytes);
+    std::string decoded;
+    auto key = markerKey(line, kBeginPrefix, decoded);
+    return key && isMoving(*key, move) ? std::optional<std::string>(*key) : std::nullopt;
+}
+
+void writeRecord(AtomicFile& out, const std::string& key, const std::vector<std::string>& lines) {
+    out.writeLine(std::string(kBeginPrefix) + key);
+    writeLines(out, lines);
+}
 
 // Streams the database into `out`, moving or copying the records of `move`.
 std::error_code copyMovingRecords(const std::string& file, const RecordMove& move,
                                   AtomicFile& out) {
     LineReader reader(file);
-    std::string line, decoded;
+    std::string line;
     std::vector<std::string> record;
     while (reader.next(line)) {
-        auto found = markerKey(line, kBeginPrefix, decoded);
-        std::optional<std::string> key;
-        if (found)
-            key = std::string(*found);
-        if (!key || reader.atEnd() ||
-            (!isAtOrUnder(*key, move.fromKey) && !isAtOrUnder(*key, move.toKey))) {
+        const std::optional<std::string> key = movingKey(line, move);
+        if (!key || reader.atEnd()) {
             copyLine(reader, line, out);
             continue;
         }
         readRecordLines(reader, *key, record);
-        if (isAtOrUnder(*key, move.toKey))  // a stale record where the entry now is
-            continue;
-        if (move.keepOld) {
+        auto keepAsItWas = [&] {
             out.writeLine(line);
             writeLines(out, record);
+        };
+        // A record already where the entry now is: stale, unless another entry's.
+        if (isAtOrUnder(*key, move.toKey)) {
+            if (move.leaveDestination)
+                keepAsItWas();
+            continue;
         }
+        if (move.keepOld)
+            keepAsItWas();
+        if (move.leaveDestination)
+            continue;
         const std::string newKey = move.toKey + key->substr(move.fromKey.size());
         if (!record.empty() && isMarker(record.back(), std::string(kEndPrefix) + *key))
             record.back() = std::string(kEndPrefix) + newKey;
-        out.writeLine(std::string(kBeginPrefix) + newKey);
-        writeLines(out, record);
+        writeRecord(out, newKey, record);
     }
     return reader.error();
 }
@@ -300,12 +324,13 @@ std::optional<std::string> readFailsafeDBAt(const std::string& failsafeDBfile,
     return text;
 }
 
-WriteResult moveFailsafeRecords(const std::string& failsafeDBfile, const std::string& from,
-                                const std::string& to, bool keepOld, Prompter& prompter) {
-    RecordMove move{upperCase(from), upperCase(to), keepOld};
-    if (move.fromKey == move.toKey)
+WriteResult moveFailsafeRecords(const std::string& failsafeDBfile, const FailsafeMove& move,
+                                Prompter& prompter) {
+    RecordMove records{upperCase(move.from), upperCase(move.to), move.keepOld,
+                       move.leaveDestination};
+    if (records.fromKey == records.toKey || (records.keepOld && records.leaveDestination))
         return WriteResult::Ok;
-    if (rewriteMovingRecords(failsafeDBfile, move)) {
+    if (rewriteMovingRecords(failsafeDBfile, records)) {
         showError(prompter, kUpdateFailed);
         return WriteResult::Error;
     }

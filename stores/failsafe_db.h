@@ -62,11 +62,18 @@ struct FailsafeOffsets {
 
 // After `from` became `to` (a file, or a folder with everything in it): every record
 // of `from` or under it is given the key of the same path under `to`, in one streamed
-// rewrite under the database's lock. With `keepOld` (a copy) the old records stay and
-// each copy follows its original. Records already keyed at or under `to` are dropped,
-// so that `to` reads as `from` did. Nothing changes when the two keys are the same.
-// On failure shows the database's error message and returns Error; the old database
-// is then left as it was.
+// rewrite under the database's lock. Keys match on their bytes, so a name that is not
+// UTF-8 moves too; a key written in another code page matches as it reads. Records
+// already keyed at or under `to` are dropped, so that `to` reads as `from` did.
+// Nothing changes when the two keys are the same. On failure shows the database's
+// error message and returns Error; the old database is then left as it was.
+struct FailsafeMove {
+    std::string from, to;
+    // The old records stay: a copy, or another entry still has `from`'s key (its name
+    // differs only in letter case), and its records cannot be told from the moved one's.
+    bool keepOld = false;
+    // Another entry has `to`'s key: its records stay as they are, and none join them.
+    bool leaveDestination = false;
+};
 [[nodiscard]] WriteResult moveFailsafeRecords(const std::string& failsafeDBfile,
-                                              const std::string& from, const std::string& to,
-                                              bool keepOld, Prompter& prompter);
+                                              const FailsafeMove& move, Prompter& prompter);
