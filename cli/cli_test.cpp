@@ -110,6 +110,21 @@ TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndOutput) {
     EXPECT_EQ(run({"get"}), 64);
 }
 
+// Arguments are exact names: a quote at either end is part of the name, never the
+// shell's quoting of a whole command line.
+TEST_F(CliTest, AQuoteAtEitherEndOfAnArgumentBelongsToTheName) {
+    const std::string plain = docs_.write("end", "x");
+    for (const char* name : {"end\"", "\"end", "\"end\""}) {
+        SCOPED_TRACE(name);
+        const std::string quoted = docs_.write(name, "x");
+        ASSERT_EQ(run({"set", quoted, name}), 0) << err_.str();
+        EXPECT_EQ(get(quoted), std::string(name) + "\n");
+        EXPECT_EQ(get(plain), "(none)");
+        ASSERT_EQ(run({"stores", quoted}), 0);
+        EXPECT_NE(out_.str().find("(" + quoted + ".description)"), std::string::npos);
+    }
+}
+
 // Other targets' lines pass through a save as the bytes they were, only a missing line
 // end added; in the index, head lines of missing items are pruned unless last. Settings
 // without their header are replaced by the defaults; with it they are read as they are.

@@ -18,7 +18,7 @@ Outcome storeLine(Session& session, const DescriptionLine& line) {
     state.options = session.state.options;
     SilentPrompter silent;
     std::string readingText;
-    if (resolveTarget(line.path, state, silent) == TargetResult::EndProgram)
+    if (resolvePath(line.path, state, silent) == TargetResult::EndProgram)
         return Outcome::Refused;
     if (checkTargetExists(state, silent, readingText) != ExistenceResult::Exists)
         return Outcome::Missing;

@@ -41,8 +41,10 @@ protected:
 };
 
 TEST_F(ImportTest, AnExportAWipeAndAnImportGiveBackTheSameDescriptions) {
-    for (const char* name : {"a.txt", "b\xC3\xA9 b.txt", "plain.txt", "Sub/c.txt", "Sub/d.txt"})
+    for (const char* name :
+         {"a.txt", "b\xC3\xA9 b.txt", "plain.txt", "q", "q\"", "Sub/c.txt", "Sub/d.txt"})
         docs_.write(name, "x");
+    describe(docs_ / "q\"", "Not q's");
     describe(docs_ / "a.txt", "First\n\nthird line, after an empty one");
     ASSERT_EQ(run({"set", "--export", docs_ / "b\xC3\xA9 b.txt", "caf\xC3\xA9 \"quoted\"\t"}), 0);
     describe(docs_ / "Sub", "The folder");
@@ -55,9 +57,11 @@ TEST_F(ImportTest, AnExportAWipeAndAnImportGiveBackTheSameDescriptions) {
     wipeEveryStore();
     ASSERT_NE(everyDescription(), before);
     EXPECT_EQ(run({"import"}, exported), 0) << out_.str() << err_.str();
-    EXPECT_EQ(out_.str(), "stored 5, skipped 0\n");
+    EXPECT_EQ(out_.str(), "stored 6, skipped 0\n");
     EXPECT_EQ(everyDescription(), before);
     EXPECT_EQ(readNTFSDesc(docs_ / "Sub/c.txt"), "Ends in a break\r\n") << "the text itself";
+    EXPECT_EQ(readNTFSDesc(docs_ / "q\"") + "|" + readNTFSDesc(docs_ / "q"), "Not q's|")
+        << "a quote ends the name, not the path";
 }
 
 // A line that cannot be stored (a missing entry, a line that is not a description)

@@ -36,7 +36,7 @@ bool Session::start() {
 }
 
 std::optional<int> Session::openTarget(const std::string& path) {
-    if (!start() || resolveTarget(path, state, prompter) == TargetResult::EndProgram)
+    if (!start() || resolvePath(path, state, prompter) == TargetResult::EndProgram)
         return kRefused;
     std::string readingText;
     switch (checkTargetExists(state, prompter, readingText)) {
