@@ -62,11 +62,23 @@ std::string shellQuoted(std::string_view text) {
     return out + "'";
 }
 
+// GNOME Files passes the selected names relative to their folder, as they are: each
+// item opens in an editor of its own, by its full path, so that no name reads as an
+// option and two names never join into one.
 std::string nautilusScript(const std::string& program) {
+    const std::string quoted = shellQuoted(program);
     return "#!/bin/sh\n"
-           "# Opens the selected file or folder in Veskor.\n"
-           "exec " +
-           shellQuoted(program) + " \"$@\"\n";
+           "# Opens each selected file or folder in Veskor; with none, the picker.\n"
+           "[ $# -gt 0 ] || exec " +
+           quoted +
+           "\n"
+           "for name; do\n"
+           "    case $name in /*) ;; *) name=$PWD/$name ;; esac\n"
+           "    " +
+           quoted +
+           " \"$name\" &\n"
+           "done\n"
+           "wait\n";
 }
 
 constexpr IntegrationFile kFiles[] = {

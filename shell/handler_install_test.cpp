@@ -1,6 +1,7 @@
 #include "shell/handler_install.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -55,9 +56,6 @@ TEST_F(HandlerInstallTest, OnlyYesInstallsAValidEntryForEveryFileAndFolderAndOnl
     EXPECT_EQ(runShell("(desktop-file-validate '" + data / kEntry + "' 2>&1)", &said), 0);
     EXPECT_EQ(said, "");
     EXPECT_NE(file(kServiceMenu).find(exec), std::string::npos);
-    EXPECT_EQ(file(kScript),
-              "#!/bin/sh\n# Opens the selected file or folder in Veskor.\n"
-              "exec '/opt/Veskor Tools/a$b\\c%d \"e\" `f`/veskor' \"$@\"\n");
     EXPECT_TRUE(isExecutable(kServiceMenu) && isExecutable(kScript));
 
     uninstallHandler(prompter, folder);
@@ -68,6 +66,26 @@ TEST_F(HandlerInstallTest, OnlyYesInstallsAValidEntryForEveryFileAndFolderAndOnl
     const std::string add = question("add"), remove = question("remove");
     EXPECT_EQ(prompter.texts(),
               (std::vector<std::string>{add, add, add, "Done.", remove, remove, remove, "Done."}));
+}
+
+// GNOME Files runs the script in the selected items' folder with their names as they
+// are. Each item reaches the program alone, as a full path, however its folder is
+// spelled; with nothing selected the program starts without arguments.
+TEST_F(HandlerInstallTest, TheFileManagerScriptOpensEachSelectedItemByItsFullPath) {
+    TempDir dir;
+    const std::string calls = dir / "calls";
+    const std::string program =
+        dir.write("a$b\\c 'd' `e`/veskor", "#!/bin/sh\necho \"$#:$*\" >>" + calls + "\n");
+    ASSERT_EQ(::chmod(program.c_str(), 0755), 0);
+    ASSERT_FALSE(installDesktopIntegration(data.path(), program));
+    const std::string script = "'" + data / kScript + "'";
+    const std::string folder = dir.mkdir("selected");
+    ASSERT_EQ(
+        runShell("cd " + folder + " && " + script + " -platformpluginpath pl '/a b' && " + script),
+        0);
+    std::string sorted;
+    ASSERT_EQ(runShell("LC_ALL=C sort " + calls, &sorted), 0);
+    EXPECT_EQ(sorted, "0:\n1:/a b\n1:" + folder + "/-platformpluginpath\n1:" + folder + "/pl\n");
 }
 
 }  // namespace
