@@ -38,7 +38,9 @@ constexpr const char* kFooter = R"(Each verb has its own help: veskor-cli VERB -
 
 DIR defaults to the current folder; relative paths start there. On a
 terminal, find, export, import and cp -r show a progress line on standard
-error. Messages go to standard error.
+error, and names and descriptions show control characters escaped (ESC as
+\x1b); in a pipe they are exact. JSON lines and messages escape them always.
+Messages go to standard error.
 
 Exit codes: 0 done; 1 something failed or a question was answered No (the
 rest was still done); 2 refused: a missing or refused target, an existing

@@ -22,7 +22,7 @@ int runFind(Session& session, const FindCall& call) {
             return;
         found = true;
         if (!call.json) {
-            out << entry.path << '\n';
+            out << session.shown(entry.path) << '\n';
         } else if (!writeJsonLine(session, entry)) {
             lost = true;
         }

@@ -13,6 +13,10 @@ int runGet(Session& session, const std::string& path) {
         return kNotFound;
     // One final line break, so that the prompt starts on a line of its own; `set` drops
     // it again.
-    session.streams.out << printedText({session.editor.text(), status}) << '\n';
+    // A person reads it on a terminal, and a description can come from a file that others
+    // write (a shared folder's index): no sequence of it may reach the terminal.
+    session.streams.out << session.shown(printedText({session.editor.text(), status}),
+                                         kLineBreakAndTab)
+                        << '\n';
     return kDone;
 }

@@ -5,6 +5,7 @@
 #include "cli/json_lines.h"
 #include "cli/progress.h"
 #include "cli/verbs.h"
+#include "core/escaped_text.h"
 #include "core/target.h"
 
 namespace {
@@ -76,7 +77,7 @@ int runImport(Session& session, const std::string& file) {
         }
         ++skipped;
         if (line)
-            out << "skipped (" << reasonOf(outcome) << "): " << line->path << '\n';
+            out << "skipped (" << reasonOf(outcome) << "): " << escapedControls(line->path) << '\n';
         else
             out << "skipped (not a description line): line " << lineNumber << '\n';
     }

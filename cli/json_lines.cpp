@@ -22,6 +22,31 @@ std::optional<std::string> stringMember(const json& object, const char* key) {
     return it->get<std::string>();
 }
 
+// The serializer escapes the controls below U+0020; DEL and the C1 controls, which
+// terminals act on too, it leaves as they are. Outside strings a line holds ASCII
+// punctuation only, so each such character is inside a string.
+std::string withEveryControlEscaped(std::string line) {
+    if (line.find_first_of("\x7F\xC2") == std::string::npos)
+        return line;
+    std::string out;
+    out.reserve(line.size() + 16);
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const auto c = static_cast<unsigned char>(line[i]);
+        const auto next = i + 1 < line.size() ? static_cast<unsigned char>(line[i + 1]) : 0u;
+        if (c == 0x7F) {
+            out += "\\u007f";
+        } else if (c == 0xC2 && next >= 0x80 && next < 0xA0) {
+            out += "\\u00";
+            out += "0123456789abcdef"[next >> 4];
+            out += "0123456789abcdef"[next & 0xFu];
+            ++i;
+        } else {
+            out += line[i];
+        }
+    }
+    return out;
+}
+
 }  // namespace
 
 std::optional<std::string> jsonLine(const DescriptionLine& line) {
@@ -30,7 +55,8 @@ std::optional<std::string> jsonLine(const DescriptionLine& line) {
     ordered_json object = {{"path", line.path},
                            {"description", decodeFileText(line.description)},
                            {"source", line.source}};
-    return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+    return withEveryControlEscaped(
+        object.dump(-1, ' ', false, ordered_json::error_handler_t::replace));
 }
 
 std::optional<DescriptionLine> parseJsonLine(const std::string& line) {

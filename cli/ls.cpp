@@ -24,7 +24,8 @@ int runLs(Session& session, const LsCall& call) {
         if (entry.text.empty() && !call.all)
             return;
         if (!call.json) {
-            out << entry.name << '\t' << firstLine(entry.text) << '\n';
+            out << session.shown(entry.name) << '\t' << session.shown(firstLine(entry.text))
+                << '\n';
         } else if (!writeJsonLine(session, entry)) {
             result = kFailed;
         }
