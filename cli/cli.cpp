@@ -31,7 +31,8 @@ constexpr const char* kFooter = R"(Each verb has its own help: veskor-cli VERB -
   cp [-r] SRC DST    copy as cp -a does; DST gets SRC's description in
                      every store
   export [DIR]       every described entry under DIR as JSON lines (as ls
-                     --json)
+                     --json); a name that is not UTF-8 also comes as its
+                     bytes in hexadecimal, "path_hex", which import uses
   import [FILE]      store each JSON line's description (standard input by
                      default) as set --yes does; reports what was stored and
                      which paths were skipped
