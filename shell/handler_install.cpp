@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/atomic_file.h"
@@ -52,6 +53,15 @@ std::string serviceMenu(const std::string& program) {
            "Icon=accessories-text-editor\n"
            "Exec=" +
            execArgument(program) + " %f\n";
+}
+
+// A desktop entry's value has escapes for tab, line feed and carriage return only; no
+// other control character can stand in it.
+bool fitsDesktopEntry(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return (byte < 0x20 && c != '\t' && c != '\n' && c != '\r') || byte == 0x7F;
+    });
 }
 
 // The shell's single quotes keep every character but the quote itself.
@@ -111,9 +121,13 @@ std::string execArgument(std::string_view argument) {
     }
     quoted += '"';
     // The value's own escapes apply before the quoting is read, and "%" starts a
-    // field code: both must be doubled.
+    // field code: both must be doubled. A line break would end the line.
     std::string value;
     for (char c : quoted) {
+        if (c == '\n' || c == '\r' || c == '\t') {
+            value += c == '\n' ? "\\n" : c == '\r' ? "\\r" : "\\t";
+            continue;
+        }
         if (c == '\\' || c == '%')
             value += c;
         value += c;
@@ -125,6 +139,8 @@ std::error_code installDesktopIntegration(const std::string& dataHome, const std
     // Without a home there is no per-user folder, and "" would mean the root folder.
     if (dataHome.empty())
         return std::make_error_code(std::errc::no_such_file_or_directory);
+    if (!fitsDesktopEntry(program))
+        return std::make_error_code(std::errc::invalid_argument);
     std::error_code first;
     for (const IntegrationFile& file : kFiles) {
         std::error_code ec = writeIntegrationFile(dataHome, file, program);
