@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include <ostream>
+#include <sstream>
 
 #include "cli/verbs.h"
+#include "core/escaped_text.h"
 
 namespace {
 
@@ -147,7 +149,10 @@ int runCli(const std::vector<std::string>& args, const std::string& appPath, Cli
         try {
             app.parse(reversed);
         } catch (const CLI::ParseError& e) {
-            int code = app.exit(e, streams.out, streams.err);
+            // A wrong call's message quotes the arguments, which may be file names.
+            std::ostringstream complaint;
+            int code = app.exit(e, streams.out, complaint);
+            streams.err << escapedControls(complaint.str(), "\n");
             return code == 0 ? kDone : kUsage;
         }
         return runVerb(appPath, streams, call);

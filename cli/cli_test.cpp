@@ -354,6 +354,7 @@ TEST_F(CliTest, MessagesAndJsonLinesNeverCarryARawControlCharacter) {
          {"get", docs_ / "gone\x1b]0;T\x07"},
          "",
          "Veskor: Error: file not found.\n\"" + docs_ / "gone\\x1b]0;T\\x07\"\n"},
+        {"a wrong call", {"get", "a", "b\x1b[2J"}, "", "b\\x1b[2J\n"},
         {"a message",
          {"ls", gone},
          "",
