@@ -9,7 +9,7 @@
 namespace {
 
 using nlohmann::json;
-// Keys keep the order they are written in: path, description, source.
+// Keys keep the order they are written in: path, path_hex, description, source.
 using nlohmann::ordered_json;
 
 constexpr char kHexDigits[] = "0123456789abcdef";
