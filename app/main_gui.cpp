@@ -53,9 +53,15 @@ protected:
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Qt takes arguments such as -style out of argv, so the target is read first.
+    // The arguments are the target's text and nothing else. Qt would act on options
+    // among them (-platformpluginpath loads plugins from a folder of the caller's
+    // choosing, and a file manager passes file names as they are), so it gets the
+    // program's name alone.
     const std::string target = argumentText(argc, argv);
-    QApplication app(argc, argv);
+    char programName[] = "veskor";
+    char* qtArgv[] = {programName, nullptr};
+    int qtArgc = 1;
+    QApplication app(qtArgc, qtArgv);
     // Text controls lay out their text once in the application's font before they take
     // their own, so a different application font would cost a font load of its own.
     QApplication::setFont(Form1::windowFont());

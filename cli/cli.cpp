@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include <ostream>
+#include <sstream>
 
 #include "cli/verbs.h"
+#include "core/escaped_text.h"
 
 namespace {
 
@@ -31,14 +33,17 @@ constexpr const char* kFooter = R"(Each verb has its own help: veskor-cli VERB -
   cp [-r] SRC DST    copy as cp -a does; DST gets SRC's description in
                      every store
   export [DIR]       every described entry under DIR as JSON lines (as ls
-                     --json)
+                     --json); a name that is not UTF-8 also comes as its
+                     bytes in hexadecimal, "path_hex", which import uses
   import [FILE]      store each JSON line's description (standard input by
                      default) as set --yes does; reports what was stored and
                      which paths were skipped
 
 DIR defaults to the current folder; relative paths start there. On a
 terminal, find, export, import and cp -r show a progress line on standard
-error. Messages go to standard error.
+error, and names and descriptions show control characters escaped (ESC as
+\x1b); in a pipe they are exact. JSON lines and messages escape them always.
+Messages go to standard error.
 
 Exit codes: 0 done; 1 something failed or a question was answered No (the
 rest was still done); 2 refused: a missing or refused target, an existing
@@ -144,7 +149,10 @@ int runCli(const std::vector<std::string>& args, const std::string& appPath, Cli
         try {
             app.parse(reversed);
         } catch (const CLI::ParseError& e) {
-            int code = app.exit(e, streams.out, streams.err);
+            // A wrong call's message quotes the arguments, which may be file names.
+            std::ostringstream complaint;
+            int code = app.exit(e, streams.out, complaint);
+            streams.err << escapedControls(complaint.str(), "\n");
             return code == 0 ? kDone : kUsage;
         }
         return runVerb(appPath, streams, call);

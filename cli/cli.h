@@ -19,6 +19,8 @@ struct CliStreams {
     std::ostream& err;
     // Long runs show a progress line on the error stream, only when it is a terminal.
     bool errIsTerminal = false;
+    // Names and descriptions go to a terminal with their control characters escaped.
+    bool outIsTerminal = false;
 };
 
 // `args` are the arguments after the program's name.

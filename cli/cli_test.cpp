@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "cli/json_lines.h"
 #include "platform/code_page.h"
 #include "platform/lookup.h"
 #include "tests/cli_fixture.h"
@@ -29,6 +30,8 @@ namespace {
 using Args = std::vector<std::string>;
 
 const std::string kTenMegabytes(10 << 20, 'x');
+// ESC, BEL, DEL and the second byte of CSI as a C1 control.
+const std::string kRawControls = "\x1b\x07\x7F\x9B";
 
 class CliTest : public CliFixture {
 protected:
@@ -108,6 +111,21 @@ TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndOutput) {
     }
     EXPECT_EQ(run({"frobnicate", target_}), 64);
     EXPECT_EQ(run({"get"}), 64);
+}
+
+// Arguments are exact names: a quote at either end is part of the name, never the
+// shell's quoting of a whole command line.
+TEST_F(CliTest, AQuoteAtEitherEndOfAnArgumentBelongsToTheName) {
+    const std::string plain = docs_.write("end", "x");
+    for (const char* name : {"end\"", "\"end", "\"end\""}) {
+        SCOPED_TRACE(name);
+        const std::string quoted = docs_.write(name, "x");
+        ASSERT_EQ(run({"set", quoted, name}), 0) << err_.str();
+        EXPECT_EQ(get(quoted), std::string(name) + "\n");
+        EXPECT_EQ(get(plain), "(none)");
+        ASSERT_EQ(run({"stores", quoted}), 0);
+        EXPECT_NE(out_.str().find("(" + quoted + ".description)"), std::string::npos);
+    }
 }
 
 // Other targets' lines pass through a save as the bytes they were, only a missing line
@@ -234,16 +252,42 @@ TEST_F(CliTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) {
     EXPECT_EQ(readFileBytes(indexFile()), "plan.txt     kept text\r\n");
 }
 
+// A pseudo-terminal for the real program's streams: its name to redirect them to, and
+// what they wrote (the terminal turns each LF into CR LF).
+class Terminal {
+public:
+    Terminal() : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
+        char name[64] = {};
+        if (m_master >= 0 && ::grantpt(m_master) == 0 && ::unlockpt(m_master) == 0 &&
+            ::ptsname_r(m_master, name, sizeof name) == 0)
+            m_name = name;
+    }
+    ~Terminal() { ::close(m_master); }
+    const std::string& name() const { return m_name; }
+    std::string written() const {
+        std::string bytes;
+        char buffer[4096];
+        for (ssize_t n; (n = ::read(m_master, buffer, sizeof buffer)) > 0;)
+            bytes.append(buffer, static_cast<std::size_t>(n));
+        return bytes;
+    }
+
+private:
+    int m_master;
+    std::string m_name;
+};
+
+std::string cliCall(const std::string& arguments) {
+    return std::string(VESKOR_BINARY_DIR) + "/veskor-cli " + arguments;
+}
+
 // The program asks its error stream, not its input or output, whether a terminal shows
 // the progress line, and wipes the line before it ends.
 TEST_F(CliTest, TheProgressLineGoesToAnErrorStreamOnATerminalOnly) {
     describe(target_, "needle");
-    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
-    ASSERT_GE(terminal, 0);
-    char name[64] = {};
-    ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0 &&
-                ::ptsname_r(terminal, name, sizeof name) == 0);
-    const std::string pty = name;
+    Terminal terminal;
+    ASSERT_FALSE(terminal.name().empty());
+    const std::string& pty = terminal.name();
     // name, the redirections of the call's standard streams
     const std::tuple<const char*, std::string, bool> rows[] = {
         {"error stream on a terminal", "</dev/null 2>" + pty, true},
@@ -252,17 +296,87 @@ TEST_F(CliTest, TheProgressLineGoesToAnErrorStreamOnATerminalOnly) {
     for (const auto& [rowName, redirections, shown] : rows) {
         SCOPED_TRACE(rowName);
         std::string written;
-        const std::string call = std::string(VESKOR_BINARY_DIR) + "/veskor-cli find needle " +
-                                 docs_.path() + " " + redirections;
+        const std::string call = cliCall("find needle " + docs_.path() + " " + redirections);
         EXPECT_EQ(runShell("(" + call + ")", &written), 0);
-        char buffer[4096];
-        for (ssize_t n; (n = ::read(terminal, buffer, sizeof buffer)) > 0;)
-            written.append(buffer, static_cast<std::size_t>(n));
+        written += terminal.written();
         EXPECT_NE(written.find(target_), std::string::npos) << written;
         EXPECT_EQ(written.find("veskor-cli: searched 1...") != std::string::npos, shown) << written;
         EXPECT_EQ(written.ends_with("\r"), shown) << "the line is wiped at the end: " << written;
     }
-    ::close(terminal);
+}
+
+// A name that sets the window title and a description that clears the screen and writes
+// the clipboard (ESC and BEL, and CSI as a C1 control). On a terminal each control is
+// shown escaped, line breaks and tabs of a whole text kept; in a pipe the bytes are
+// exact, so that scripts get the real names and `get | set` changes nothing.
+TEST_F(CliTest, ATerminalShowsControlCharactersEscapedAPipeGetsThemExact) {
+    const std::string name = "n\x1b]0;T\x07", csi = "\xC2\x9B";
+    const std::string file = docs_.write(name, "x");
+    const std::string rawFirst = "\x1b[2Jcleared" + csi + "1m";
+    describe(file, rawFirst + "\n\x1b]52;c;eA==\x07\tend");
+    const std::string shownName = "n\\x1b]0;T\\x07", shownFirst = "\\x1b[2Jcleared\\u009b1m";
+    // name, call, on a terminal, in a pipe (each LF of which a terminal shows as CR LF)
+    const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
+        {"ls", "ls " + docs_.path(), shownName + "\t" + shownFirst + "\r\n",
+         name + "\t" + rawFirst + "\n"},
+        {"find", "find cleared " + docs_.path(), docs_ / shownName + "\r\n", file + "\n"},
+        {"get", "get '" + file + "'", shownFirst + "\r\n\\x1b]52;c;eA==\\x07\tend\r\n",
+         rawFirst + "\n\x1b]52;c;eA==\x07\tend\n"},
+        {"stores", "stores '" + file + "'",
+         "== exported description file (" + docs_ / shownName + ".description)\r\n",
+         "== exported description file (" + file + ".description)\n"},
+    };
+    Terminal terminal;
+    ASSERT_FALSE(terminal.name().empty());
+    for (const auto& [verb, call, onTerminal, inPipe] : rows) {
+        SCOPED_TRACE(verb);
+        EXPECT_EQ(runShell("(" + cliCall(call) + " 2>/dev/null >" + terminal.name() + ")"), 0);
+        std::string written = terminal.written();
+        EXPECT_NE(written.find(onTerminal), std::string::npos) << written;
+        EXPECT_EQ(written.find_first_of(kRawControls), std::string::npos) << written;
+        EXPECT_EQ(runShell("(" + cliCall(call) + " 2>/dev/null)", &written), 0);
+        EXPECT_NE(written.find(inPipe), std::string::npos) << written;
+    }
+}
+
+// Messages and JSON lines escape control characters wherever they go; JSON lines still
+// carry the exact name and text, DEL and the C1 controls included.
+TEST_F(CliTest, MessagesAndJsonLinesNeverCarryARawControlCharacter) {
+    const std::string name = "n\x1b]0;T\x07\x7F", text = "\x1b[2J\xC2\x9B\x7F";
+    describe(docs_.write(name, "x"), text);
+    const std::string gone = docs_ / "gone\x1b[31m\nx";
+    const std::string importLine =
+        "{\"path\":\"" + docs_ / "gone\\u001b[31m\\nx\",\"description\":\"\"}";
+    // name, call, standard input, what standard output and error hold
+    const std::tuple<const char*, Args, std::string, std::string> rows[] = {
+        {"import", {"import"}, importLine, "skipped (refused): " + docs_ / "gone\\x1b[31m\\nx\n"},
+        {"a prompt",
+         {"get", docs_ / "gone\x1b]0;T\x07"},
+         "",
+         "Veskor: Error: file not found.\n\"" + docs_ / "gone\\x1b]0;T\\x07\"\n"},
+        {"a wrong call", {"get", "a", "b\x1b[2J"}, "", "b\\x1b[2J\n"},
+        {"a message",
+         {"ls", gone},
+         "",
+         "veskor-cli: " + docs_ / "gone\\x1b[31m\\nx: not a folder\n"},
+        {"ls --json",
+         {"ls", "--json", docs_.path()},
+         "",
+         "\"" +
+             docs_ / "n\\u001b]0;T\\u0007\\u007f\",\"description\":\"\\u001b[2J\\u009b\\u007f\""},
+    };
+    for (const auto& [rowName, args, input, expected] : rows) {
+        SCOPED_TRACE(rowName);
+        run(args, input);
+        const std::string written = out_.str() + err_.str();
+        EXPECT_NE(written.find(expected), std::string::npos) << written;
+        EXPECT_EQ(written.find_first_of(kRawControls), std::string::npos) << written;
+    }
+    ASSERT_EQ(run({"ls", "--json", docs_.path()}), 0);
+    const auto line = parseJsonLine(out_.str().substr(0, out_.str().find('\n')));
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->path, docs_ / name);
+    EXPECT_EQ(line->description, text);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ int runFind(Session& session, const FindCall& call) {
         return kRefused;
     const std::string wanted = upperCase(call.text);
     std::ostream& out = session.streams.out;
-    bool found = false, lost = false;
+    bool found = false;
     Progress progress(session.streams, "searched");
     Listing listing(session, *folder);
     bool read = listing.listTree(*folder, [&](const ListedEntry& entry) {
@@ -21,15 +21,14 @@ int runFind(Session& session, const FindCall& call) {
         if (entry.text.empty() || upperCase(entry.text).find(wanted) == std::string::npos)
             return;
         found = true;
-        if (!call.json) {
-            out << entry.path << '\n';
-        } else if (!writeJsonLine(session, entry)) {
-            lost = true;
-        }
+        if (call.json)
+            writeJsonLine(session, entry);
+        else
+            out << session.shown(entry.path) << '\n';
     });
     if (!read)
         session.complain("some folders under " + *folder + " cannot be read");
-    if (!read || lost)
+    if (!read)
         return kFailed;
     return found ? kDone : kNotFound;
 }

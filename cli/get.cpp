@@ -12,7 +12,10 @@ int runGet(Session& session, const std::string& path) {
     if (status == "Description not found")
         return kNotFound;
     // One final line break, so that the prompt starts on a line of its own; `set` drops
-    // it again.
-    session.streams.out << printedText({session.editor.text(), status}) << '\n';
+    // it again. Escaped on a terminal too: a person reads it there, and a description can
+    // come from a file that others write (a shared folder's index).
+    session.streams.out << session.shown(printedText({session.editor.text(), status}),
+                                         kLineBreakAndTab)
+                        << '\n';
     return kDone;
 }

@@ -5,6 +5,7 @@
 #include "cli/json_lines.h"
 #include "cli/progress.h"
 #include "cli/verbs.h"
+#include "core/escaped_text.h"
 #include "core/target.h"
 
 namespace {
@@ -18,7 +19,7 @@ Outcome storeLine(Session& session, const DescriptionLine& line) {
     state.options = session.state.options;
     SilentPrompter silent;
     std::string readingText;
-    if (resolveTarget(line.path, state, silent) == TargetResult::EndProgram)
+    if (resolvePath(line.path, state, silent) == TargetResult::EndProgram)
         return Outcome::Refused;
     if (checkTargetExists(state, silent, readingText) != ExistenceResult::Exists)
         return Outcome::Missing;
@@ -76,7 +77,7 @@ int runImport(Session& session, const std::string& file) {
         }
         ++skipped;
         if (line)
-            out << "skipped (" << reasonOf(outcome) << "): " << line->path << '\n';
+            out << "skipped (" << reasonOf(outcome) << "): " << escapedControls(line->path) << '\n';
         else
             out << "skipped (not a description line): line " << lineNumber << '\n';
     }

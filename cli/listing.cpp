@@ -48,13 +48,9 @@ std::uint64_t leadingBytes(std::string_view name) {
 
 }  // namespace
 
-bool writeJsonLine(Session& session, const ListedEntry& entry) {
-    if (auto line = jsonLine({entry.path, entry.text, sourceName(entry.found.status)})) {
-        session.streams.out << *line << '\n';
-        return true;
-    }
-    session.complain(entry.path + ": the name is not UTF-8, which JSON cannot hold; left out");
-    return false;
+void writeJsonLine(Session& session, const ListedEntry& entry) {
+    session.streams.out << jsonLine({entry.path, entry.text, sourceName(entry.found.status)})
+                        << '\n';
 }
 
 namespace {

@@ -18,9 +18,8 @@ struct ListedEntry {
     std::string text;  // as `get` prints it, without the final line break; "" for none
 };
 
-// Writes the entry's JSON line to standard output; false, with a message, when its
-// name is not UTF-8 and so cannot be written as JSON.
-bool writeJsonLine(Session& session, const ListedEntry& entry);
+// Writes the entry's JSON line to standard output.
+void writeJsonLine(Session& session, const ListedEntry& entry);
 
 class Listing {
 public:

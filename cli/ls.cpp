@@ -18,20 +18,19 @@ int runLs(Session& session, const LsCall& call) {
     if (!folder)
         return kRefused;
     std::ostream& out = session.streams.out;
-    int result = kDone;
     Listing listing(session, *folder);
     bool read = listing.listFolder(*folder, [&](const ListedEntry& entry) {
         if (entry.text.empty() && !call.all)
             return;
-        if (!call.json) {
-            out << entry.name << '\t' << firstLine(entry.text) << '\n';
-        } else if (!writeJsonLine(session, entry)) {
-            result = kFailed;
-        }
+        if (call.json)
+            writeJsonLine(session, entry);
+        else
+            out << session.shown(entry.name) << '\t' << session.shown(firstLine(entry.text))
+                << '\n';
     });
     if (!read) {
         session.complain(*folder + ": the folder cannot be read");
         return kFailed;
     }
-    return result;
+    return kDone;
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <ostream>
 
+#include "core/escaped_text.h"
+
 namespace {
 
 constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
@@ -33,7 +35,7 @@ void Progress::show(const std::string& detail) {
 }
 
 void Progress::draw(const std::string& detail) {
-    std::string line = "veskor-cli: " + m_what + " " + detail + "...";
+    std::string line = "veskor-cli: " + m_what + " " + escapedControls(detail) + "...";
     m_drawnWidth = std::max(m_drawnWidth, line.size());
     line.resize(m_drawnWidth, ' ');  // wipes what a longer line left
     *m_err << '\r' << line << std::flush;

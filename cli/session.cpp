@@ -3,6 +3,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "core/escaped_text.h"
 #include "core/paths.h"
 #include "core/startup.h"
 #include "core/target.h"
@@ -36,14 +37,14 @@ bool Session::start() {
 }
 
 std::optional<int> Session::openTarget(const std::string& path) {
-    if (!start() || resolveTarget(path, state, prompter) == TargetResult::EndProgram)
+    if (!start() || resolvePath(path, state, prompter) == TargetResult::EndProgram)
         return kRefused;
     std::string readingText;
     switch (checkTargetExists(state, prompter, readingText)) {
         case ExistenceResult::Exists:
             return std::nullopt;
         case ExistenceResult::ReadingState:
-            streams.out << withUnixBreaks(readingText);
+            streams.out << shown(withUnixBreaks(readingText), kLineBreakAndTab);
             return kRefused;
         case ExistenceResult::EndProgram:
             return kRefused;
@@ -83,7 +84,11 @@ std::optional<TargetPaths> EntryChecker::pathsOf(const std::string& path, const 
 }
 
 void Session::complain(std::string_view text) {
-    streams.err << "veskor-cli: " << text << '\n';
+    streams.err << "veskor-cli: " << escapedControls(text) << '\n';
+}
+
+std::string Session::shown(std::string_view text, std::string_view kept) const {
+    return streams.outIsTerminal ? escapedControls(text, kept) : std::string(text);
 }
 
 std::string printedText(const FoundDescription& found) {

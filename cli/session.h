@@ -30,6 +30,9 @@ private:
     PathResolver m_resolver;
 };
 
+// What a text of several lines keeps on a terminal: its own line breaks and tabs.
+inline constexpr std::string_view kLineBreakAndTab = "\n\t";
+
 inline constexpr int kDone = 0, kFailed = 1, kRefused = 2, kNotFound = 3, kEndedWithoutStoring = 4,
                      kUsage = 64;
 
@@ -55,8 +58,13 @@ public:
 
     std::string failsafeFile() const { return state.data.failsafeDBpath + "ver1.7.dat"; }
 
-    // veskor-cli's message for the user: "veskor-cli: " + text on standard error.
+    // veskor-cli's message for the user: "veskor-cli: " + text on standard error, its
+    // control characters escaped.
     void complain(std::string_view text);
+
+    // A name or text for standard output: as it is in a pipe or a file, its control
+    // characters (but those in `kept`) escaped on a terminal.
+    [[nodiscard]] std::string shown(std::string_view text, std::string_view kept = "") const;
 
     CliStreams streams;
     SharedState state;

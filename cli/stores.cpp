@@ -13,16 +13,18 @@
 
 namespace {
 
-void block(std::ostream& out, std::string_view name, std::string_view where,
-           const std::string& text) {
-    out << "== " << name << " (" << where << ")\n";
+// One store's text, a line of output for each of its lines.
+void block(const Session& session, std::string_view name, std::string_view where,
+           std::string_view text) {
+    std::ostream& out = session.streams.out;
+    out << "== " << name << " (" << session.shown(where) << ")\n";
     if (text.empty())
         out << "  (nothing)\n";
     for (std::size_t start = 0; start < text.size();) {
         std::size_t end = text.find("\r\n", start);
         if (end == std::string::npos)
             end = text.size();
-        out << "  " << text.substr(start, end - start) << '\n';
+        out << "  " << session.shown(text.substr(start, end - start), "\t") << '\n';
         start = end + 2;
     }
 }
@@ -38,21 +40,20 @@ int runStores(Session& session, const std::string& path) {
     const TargetPaths& target = session.state.target;
     const std::string& full = target.targetFileFullPathname;
     const std::string failsafe = session.failsafeFile();
-    std::ostream& out = session.streams.out;
-    block(out, "exported description file", full + ".description", readExpDesc(full));
-    block(out, "old stream", "user.description", readOldNTFSDesc(full));
-    block(out, "summary stream", "user.\\005SummaryInformation", readNTFSDesc(full));
+    block(session, "exported description file", full + ".description", readExpDesc(full));
+    block(session, "old stream", "user.description", readOldNTFSDesc(full));
+    block(session, "summary stream", "user.\\005SummaryInformation", readNTFSDesc(full));
     const FoundDescription found = findDescription(target, failsafe, storeReaders());
     if (std::string note = windowsCommentObstacle(full, found.text, readMountTable());
         !note.empty())
-        out << "  note: " << note << '\n';
-    block(out, "folder index", target.indexFile, read00IndexFile(target));
+        session.streams.out << "  note: " << note << '\n';
+    block(session, "folder index", target.indexFile, read00IndexFile(target));
     auto record = readFailsafeDB(failsafe, full);
-    block(out, "failsafe database", failsafe,
+    block(session, "failsafe database", failsafe,
           record ? (record->empty() ? "(a record without text)" : *record) : "");
-    block(out, "file manager comment", "user.xdg.comment", readXdgComment(full).value_or(""));
+    block(session, "file manager comment", "user.xdg.comment", readXdgComment(full).value_or(""));
     const std::string descriptIon = descriptIonFile(target.indexFilePath);
-    block(out, "descript.ion",
+    block(session, "descript.ion",
           descriptIon.empty() ? target.indexFilePath + "descript.ion" : descriptIon,
           readDescriptIon(target).value_or(""));
     return kDone;

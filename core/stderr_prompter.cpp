@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "core/escaped_text.h"
+
 std::string withUnixBreaks(std::string_view text) {
     std::string out;
     out.reserve(text.size());
@@ -17,7 +19,7 @@ std::string withUnixBreaks(std::string_view text) {
 
 Answer StderrPrompter::message(std::string_view text, std::string_view title, Buttons buttons,
                                Icon /*icon*/) {
-    m_out << title << ": " << withUnixBreaks(text);
+    m_out << title << ": " << escapedControls(withUnixBreaks(text), "\n");
     Answer answer = Answer::Ok;
     if (buttons != Buttons::Ok) {
         answer = m_answerYes ? Answer::Yes : Answer::No;
@@ -29,6 +31,6 @@ Answer StderrPrompter::message(std::string_view text, std::string_view title, Bu
 
 std::optional<std::string> StderrPrompter::input(std::string_view prompt, std::string_view title,
                                                  std::string_view /*proposed*/) {
-    m_out << title << ": " << withUnixBreaks(prompt) << " [cancelled]\n";
+    m_out << title << ": " << escapedControls(withUnixBreaks(prompt), "\n") << " [cancelled]\n";
     return std::nullopt;
 }

@@ -5,8 +5,8 @@
 #include "contracts/prompter.h"
 
 // Prompts for a program without a display: every message goes to the error stream as
-// "title: text", and every question is answered No unless the prompter was told to
-// answer Yes. Input boxes are always cancelled.
+// "title: text", its line breaks as LF and its other control characters escaped, and every question
+// is answered No unless the prompter was told to answer Yes. Input boxes are always cancelled.
 class StderrPrompter : public Prompter {
 public:
     explicit StderrPrompter(bool answerYes = false, std::ostream& out = std::cerr)

@@ -13,14 +13,14 @@ namespace {
 constexpr std::size_t kMaxPathCharacters = 243;
 constexpr std::string_view kExportSuffix = ".DESCRIPTION";
 
-std::string withoutEnclosingQuotes(std::string_view text) {
+std::string_view withoutEnclosingQuotes(std::string_view text) {
     // One quote at each end, each on its own: a path quoted at one end only loses
     // that quote and nothing else.
     if (text.starts_with('"'))
         text.remove_prefix(1);
     if (text.ends_with('"'))
         text.remove_suffix(1);
-    return std::string(text);
+    return text;
 }
 
 bool beginsWithIgnoringCase(std::string_view text, std::string_view prefix) {
@@ -104,10 +104,13 @@ std::string argumentText(int argc, const char* const* argv) {
 }
 
 TargetResult resolveTarget(std::string_view argumentText, SharedState& state, Prompter& prompter) {
-    std::string path = withoutEnclosingQuotes(argumentText);
-    if (!path.starts_with('/'))
-        path = currentFolder() + path;
-    return acceptTarget(lexicallyNormal(path), state, prompter);
+    return resolvePath(withoutEnclosingQuotes(argumentText), state, prompter);
+}
+
+TargetResult resolvePath(std::string_view path, SharedState& state, Prompter& prompter) {
+    std::string full =
+        path.starts_with('/') ? std::string(path) : currentFolder() + std::string(path);
+    return acceptTarget(lexicallyNormal(full), state, prompter);
 }
 
 std::string PathResolver::resolved(const std::string& path) {

@@ -58,12 +58,17 @@ private:
     bool m_knownIsLink = false;
 };
 
-// Resolution of a command-line argument text: one enclosing quote removed at each end,
-// a relative path joined to the current folder and normalised lexically ("." and ".."
-// resolved, repeated separators folded, a trailing separator kept), then the checks
-// of acceptTarget(). Sets the target path fields.
+// Resolution of the editor's argument text: one enclosing quote removed at each end
+// (the quotes a shell leaves around a whole command line), then resolvePath().
 [[nodiscard]] TargetResult resolveTarget(std::string_view argumentText, SharedState& state,
                                          Prompter& prompter);
+
+// Resolution of an exact path, every character of it part of the name (veskor-cli's
+// arguments, the paths of JSON lines): a relative path joined to the current folder and
+// normalised lexically ("." and ".." resolved, repeated separators folded, a trailing
+// separator kept), then the checks of acceptTarget(). Sets the target path fields.
+[[nodiscard]] TargetResult resolvePath(std::string_view path, SharedState& state,
+                                       Prompter& prompter);
 
 // The checks for a full path, as the picker hands it over (no quote removal): line
 // breaks, the 243-character limit, the root folder, the failsafe folder and the

@@ -37,29 +37,6 @@ void appendUtf8(std::string& out, char32_t c) {
     }
 }
 
-// Length of the valid UTF-8 sequence at `pos` and its code point; 0 when invalid.
-std::size_t utf8Sequence(std::string_view s, std::size_t pos, char32_t& code) {
-    auto byte = [&](std::size_t i) { return static_cast<unsigned char>(s[i]); };
-    unsigned char b = byte(pos);
-    std::size_t len = b < 0x80         ? 1
-                      : (b >> 5) == 6  ? 2
-                      : (b >> 4) == 14 ? 3
-                      : (b >> 3) == 30 ? 4
-                                       : 0;
-    if (len == 0 || pos + len > s.size())
-        return 0;
-    code = len == 1 ? b : len == 2 ? (b & 0x1Fu) : len == 3 ? (b & 0x0Fu) : (b & 0x07u);
-    for (std::size_t i = 1; i < len; ++i) {
-        if ((byte(pos + i) & 0xC0) != 0x80)
-            return 0;
-        code = (code << 6) | (byte(pos + i) & 0x3Fu);
-    }
-    static constexpr char32_t kMin[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (code < kMin[len] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
-        return 0;
-    return len;
-}
-
 // A byte that is not part of a UTF-8 sequence, read as Windows-1252.
 void appendWindows1252(std::string& out, unsigned char b) {
     appendUtf8(out, b < 0xA0 ? kWindows1252High[b - 0x80u] : char32_t{b});
@@ -187,6 +164,28 @@ locale_t utf8Locale() {
 }
 
 }  // namespace
+
+std::size_t utf8Sequence(std::string_view s, std::size_t pos, char32_t& code) {
+    auto byte = [&](std::size_t i) { return static_cast<unsigned char>(s[i]); };
+    unsigned char b = byte(pos);
+    std::size_t len = b < 0x80         ? 1
+                      : (b >> 5) == 6  ? 2
+                      : (b >> 4) == 14 ? 3
+                      : (b >> 3) == 30 ? 4
+                                       : 0;
+    if (len == 0 || pos + len > s.size())
+        return 0;
+    code = len == 1 ? b : len == 2 ? (b & 0x1Fu) : len == 3 ? (b & 0x0Fu) : (b & 0x07u);
+    for (std::size_t i = 1; i < len; ++i) {
+        if ((byte(pos + i) & 0xC0) != 0x80)
+            return 0;
+        code = (code << 6) | (byte(pos + i) & 0x3Fu);
+    }
+    static constexpr char32_t kMin[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (code < kMin[len] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+        return 0;
+    return len;
+}
 
 std::string decodeFileText(std::string_view bytes) {
     std::string out;

@@ -14,6 +14,10 @@
 // Windows-1252.
 [[nodiscard]] std::string decodeFileText(std::string_view bytes);
 
+// The length of the valid UTF-8 sequence at `pos` and its code point; 0 when the bytes
+// there are not one.
+[[nodiscard]] std::size_t utf8Sequence(std::string_view text, std::size_t pos, char32_t& code);
+
 // Decodes Windows-1252 bytes; every byte maps to one character.
 [[nodiscard]] std::string decodeWindows1252(std::string_view bytes);
 

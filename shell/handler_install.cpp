@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/atomic_file.h"
@@ -54,6 +55,15 @@ std::string serviceMenu(const std::string& program) {
            execArgument(program) + " %f\n";
 }
 
+// A desktop entry's value has escapes for tab, line feed and carriage return only; no
+// other control character can stand in it.
+bool fitsDesktopEntry(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return (byte < 0x20 && c != '\t' && c != '\n' && c != '\r') || byte == 0x7F;
+    });
+}
+
 // The shell's single quotes keep every character but the quote itself.
 std::string shellQuoted(std::string_view text) {
     std::string out = "'";
@@ -62,11 +72,23 @@ std::string shellQuoted(std::string_view text) {
     return out + "'";
 }
 
+// GNOME Files passes the selected names relative to their folder, as they are: each
+// item opens in an editor of its own, by its full path, so that no name reads as an
+// option and two names never join into one.
 std::string nautilusScript(const std::string& program) {
+    const std::string quoted = shellQuoted(program);
     return "#!/bin/sh\n"
-           "# Opens the selected file or folder in Veskor.\n"
-           "exec " +
-           shellQuoted(program) + " \"$@\"\n";
+           "# Opens each selected file or folder in Veskor; with none, the picker.\n"
+           "[ $# -gt 0 ] || exec " +
+           quoted +
+           "\n"
+           "for name; do\n"
+           "    case $name in /*) ;; *) name=$PWD/$name ;; esac\n"
+           "    " +
+           quoted +
+           " \"$name\" &\n"
+           "done\n"
+           "wait\n";
 }
 
 constexpr IntegrationFile kFiles[] = {
@@ -99,9 +121,13 @@ std::string execArgument(std::string_view argument) {
     }
     quoted += '"';
     // The value's own escapes apply before the quoting is read, and "%" starts a
-    // field code: both must be doubled.
+    // field code: both must be doubled. A line break would end the line.
     std::string value;
     for (char c : quoted) {
+        if (c == '\n' || c == '\r' || c == '\t') {
+            value += c == '\n' ? "\\n" : c == '\r' ? "\\r" : "\\t";
+            continue;
+        }
         if (c == '\\' || c == '%')
             value += c;
         value += c;
@@ -113,6 +139,8 @@ std::error_code installDesktopIntegration(const std::string& dataHome, const std
     // Without a home there is no per-user folder, and "" would mean the root folder.
     if (dataHome.empty())
         return std::make_error_code(std::errc::no_such_file_or_directory);
+    if (!fitsDesktopEntry(program))
+        return std::make_error_code(std::errc::invalid_argument);
     std::error_code first;
     for (const IntegrationFile& file : kFiles) {
         std::error_code ec = writeIntegrationFile(dataHome, file, program);

@@ -22,10 +22,13 @@ void installHandler(Prompter& prompter, const std::string& appPath);
 void uninstallHandler(Prompter& prompter, const std::string& appPath);
 
 // The same without questions, below `dataHome`; the first write failure is returned.
+// A program path that an entry cannot hold (a control character other than tab, line
+// feed and carriage return) writes nothing and returns invalid_argument.
 [[nodiscard]] std::error_code installDesktopIntegration(const std::string& dataHome,
                                                         const std::string& program);
 // Removes whichever of the files exist; failures are ignored.
 void removeDesktopIntegration(const std::string& dataHome);
 
-// An Exec line argument: quoted, with the escapes of the quoting and of the value.
+// An Exec line argument: quoted, with the escapes of the quoting and of the value (a
+// line break as "\n", so that the entry keeps one Exec line).
 [[nodiscard]] std::string execArgument(std::string_view argument);
