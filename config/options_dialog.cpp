@@ -123,15 +123,14 @@ void Form4::loadControls() {
 }
 
 // Enter and Esc reach the dialog before the control that has the focus, an open list
-// included; Enter on a button clicks that button, as it does everywhere.
+// included: Enter confirms and Esc cancels whatever has the focus, a button too.
 bool Form4::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         switch (static_cast<QKeyEvent*>(event)->key()) {
             case Qt::Key_Return:
             case Qt::Key_Enter:
                 closeOpenList();
-                if (!clickButton(watched))
-                    Command1_Click();
+                Command1_Click();
                 return true;
             case Qt::Key_Escape:
                 closeOpenList();

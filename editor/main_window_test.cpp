@@ -194,8 +194,9 @@ TEST_F(MainWindowTest, ControlsShowTheExactThemeColoursAndWrapTheirCaptions) {
 }
 
 // The window sees its keys first, an open list's included (which they close); Enter
-// on a button clicks it, and elsewhere in the options confirms them.
-TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterClicksTheFocusedButton) {
+// on a button of the main window clicks it, while in the options it confirms them
+// whatever has the focus, a button included.
+TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterConfirmsTheOptionsAnywhere) {
     start(fileTarget());
     QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
     Form4& options = form_.optionsDialog();
@@ -215,15 +216,19 @@ TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterClicksTheFocusedBut
     };
     press(control<QWidget>("Combo2"), Qt::Key_F1);
     press(control<QWidget>("Combo1"), Qt::Key_F12);
+    const std::size_t messagesBefore = prompter_.shown.size();
     for (const auto& [focused, key, stored] : {std::tuple{"Combo3", Qt::Key_Escape, 0},
-                                               {"Command2", Qt::Key_Return, 0},
+                                               {"Command2", Qt::Key_Return, 1},
+                                               {"Command4", Qt::Key_Enter, 1},
                                                {"Check4", Qt::Key_Enter, 1}}) {
         SCOPED_TRACE(focused);
         ASSERT_TRUE(options.isVisible());
+        state_.options.optionsAutoCreateExpDesc = 0;
         static_cast<QCheckBox*>(optionsControl("Check4"))->setChecked(true);
         press(optionsControl(focused), key);
         EXPECT_FALSE(options.isVisible());
         EXPECT_EQ(state_.options.optionsAutoCreateExpDesc, stored);
+        EXPECT_EQ(prompter_.shown.size(), messagesBefore);  // no reinstall question
         press(control<QWidget>("Command4"), Qt::Key_Return);
     }
     press(control<QWidget>("Command3"), Qt::Key_Return);
