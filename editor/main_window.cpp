@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QSignalBlocker>
 #include <QTextBlock>
@@ -20,6 +21,7 @@
 #include "core/save_sequence.h"
 #include "core/target.h"
 #include "core/version.h"
+#include "editor/box_text.h"
 #include "editor/description_box.h"
 #include "editor/edit_commands.h"
 #include "editor/pictures.h"
@@ -35,35 +37,6 @@
 
 namespace {
 
-// Text crosses between the widgets and the program here only: the program's text is
-// UTF-8 with CR LF breaks, the widgets keep "\n".
-std::string toProgramText(const QString& widgetText) {
-    QString text = widgetText;
-    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-    text.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
-    return text.toUtf8().toStdString();
-}
-
-QString toWidgetText(std::string_view programText) {
-    QString text =
-        QString::fromUtf8(programText.data(), static_cast<qsizetype>(programText.size()));
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    return text;
-}
-
-// The widget's index of a position in the program's text, where a break counts two
-// characters and a character outside the BMP one.
-int widgetPosition(const QString& widgetText, std::size_t programPosition) {
-    std::size_t counted = 0;
-    qsizetype index = 0;
-    while (index < widgetText.size() && counted < programPosition) {
-        counted += widgetText[index] == QLatin1Char('\n') ? 2 : 1;
-        index += widgetText[index].isHighSurrogate() && index + 1 < widgetText.size() ? 2 : 1;
-    }
-    return static_cast<int>(index);
-}
-
 QString versionLabel() {
     QString label = QStringLiteral("Version %1.%2").arg(version::kMajor).arg(version::kMinor);
     if (version::kRevision != 0)
@@ -72,6 +45,13 @@ QString versionLabel() {
 }
 
 constexpr QSize kClientSize{575, 381};  // 8625 x 5715 twips
+
+constexpr std::string_view kCutNotice =
+    "This description is longer than 30000 characters; the box shows its first 30000.  "
+    "Update keeps the whole text as long as you leave the box unchanged.";
+constexpr std::string_view kShortenQuestion =
+    "This description was cut to 30000 characters when it was loaded.  Store the shortened "
+    "text?";
 
 bool isEnter(int key) {
     return key == Qt::Key_Return || key == Qt::Key_Enter;
@@ -203,6 +183,8 @@ void Form1::finishStartup() {
             break;
     }
     loadDescription(m_state, *this);
+    if (m_wholeText)
+        m_prompter.message(kCutNotice, kProgramTitle, Buttons::Ok, Icon::None);
     m_updateCheck->trigger(m_state.data.appDataPath);
     // Registering a property handler for the target's type has no counterpart here.
 }
@@ -270,12 +252,27 @@ void Form1::resizeEvent(QResizeEvent* event) {
 
 // ---------------------------------------------------------------- EditorState
 
+// A store command sees the whole of a text that was cut to fit the box for as long as
+// the box holds what it was given, so that nothing the user did not see is lost.
 std::string Form1::text() const {
+    if (m_storeCommandRunning && m_wholeText && !ui->Text1->document()->isModified())
+        return *m_wholeText;
     return toProgramText(ui->Text1->document()->toRawText());
 }
 
+// A text longer than the box takes is cut before the box shows it, so that the cut is
+// not an edit that undo would bring back.
 void Form1::setText(std::string_view text) {
-    ui->Text1->setPlainText(toWidgetText(text));
+    QString shown = toWidgetText(text);
+    if (characterCount(text) <= kMaxDescriptionChars) {
+        m_wholeText.reset();
+        ui->Text1->setPlainText(shown);
+        return;
+    }
+    m_wholeText = std::string(text);
+    shown.truncate(widgetPosition(shown, kMaxDescriptionChars));
+    ui->Text1->setPlainText(shown);
+    ui->Text1->document()->setModified(false);
 }
 
 void Form1::selectText(std::size_t start, std::size_t length) {
@@ -534,11 +531,16 @@ void Form1::findInText(bool replace) {
 // ---------------------------------------------------------------- commands
 
 void Form1::Command1_Click() {
+    if (m_wholeText && ui->Text1->document()->isModified() && ui->Command1->isEnabled() &&
+        ask(m_prompter, kShortenQuestion, Buttons::YesNo) != Answer::Yes)
+        return;
+    const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (endsProgram(::Command1_Click(m_state, *this, m_prompter)))
         endProgram(0);
 }
 
 void Form1::Command2_Click() {
+    const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (cancelEndsProgram(m_state, *this, m_prompter))
         endProgram(0);
 }
@@ -574,6 +576,7 @@ void Form1::Image1_Click() {
     if (!ui->Text1->isEnabled())
         return;
     ui->Image1->hide();
+    const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (endsProgram(deleteDescription(m_state, *this, m_prompter)))
         return endProgram(0);
     ui->Image1->show();

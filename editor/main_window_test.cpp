@@ -237,4 +237,39 @@ TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterConfirmsTheOptionsA
     EXPECT_TRUE(form_.hasEnded());
 }
 
+// A stored text longer than the box takes is cut for the box only: the user is told,
+// an Update of the untouched box stores it whole, and storing an edited, shortened
+// text needs a Yes.
+TEST_F(MainWindowTest, AStoredTextTooLongForTheBoxIsCutVisiblyAndKeptUnlessTheUserAgrees) {
+    const std::string whole = std::string(29995, 'a') + "the tail\r\n";
+    // name, edits, answer, stores the whole, stores the box, ends
+    const std::tuple<const char*, bool, Answer, bool, bool, bool> kCases[] = {
+        {"untouched", false, Answer::Cancel, true, false, true},
+        {"edited, No", true, Answer::No, false, false, false},
+        {"edited, Yes", true, Answer::Yes, false, true, true}};
+    for (const auto& [name, edits, answer, storesWhole, storesBox, ends] : kCases) {
+        SCOPED_TRACE(name);
+        MainWindowFixture run;
+        run.files_.write("Plan.txt.description", whole);
+        run.start(run.fileTarget());
+        EXPECT_EQ(run.prompter_.texts(),
+                  std::vector<std::string>{
+                      "This description is longer than 30000 characters; the box shows its "
+                      "first 30000.  Update keeps the whole text as long as you leave the box "
+                      "unchanged."});
+        EXPECT_EQ(run.box()->toPlainText().size(), 30000);
+        if (edits) {
+            run.form_.selectText(0, 1);
+            QTest::keyClick(run.box(), Qt::Key_Delete);
+        }
+        run.prompter_.answers = {answer};
+        QTest::keyClick(run.box(), Qt::Key_F10);
+        const std::string saved = run.savedIndex();
+        EXPECT_EQ(saved.find("the tail") != std::string::npos, storesWhole) << saved.size();
+        EXPECT_EQ(saved.find("aaaaaaaaaa") != std::string::npos, storesWhole || storesBox);
+        EXPECT_EQ(run.form_.hasEnded(), ends);
+        EXPECT_EQ(run.prompter_.shown.size(), edits ? 2u : 1u);
+    }
+}
+
 }  // namespace
