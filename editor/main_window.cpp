@@ -70,6 +70,7 @@ Form1::Form1(SharedState& state, Prompter& prompter, QWidget* parent)
     applyControlsFont();
     buildWindow();
     applyDesignLook();
+    applyAccessibility();
     connectControls();
 }
 
@@ -110,6 +111,9 @@ void Form1::connectControls() {
     connect(ui->Command3, &QPushButton::clicked, this, &Form1::Command3_Click);
     connect(ui->Command4, &QPushButton::clicked, this, &Form1::Command4_Click);
     connect(ui->Command5, &QPushButton::clicked, this, &Form1::Command5_Click);
+    connect(ui->Image1, &PictureButton::clicked, this, &Form1::Image1_Click);
+    connect(ui->Image3, &PictureButton::clicked, this, &Form1::Image3_Click);
+    connect(ui->Image4, &PictureButton::clicked, this, &Form1::Image4_Click);
     connect(ui->Combo1, &QComboBox::currentIndexChanged, this, &Form1::Combo1_Click);
     connect(ui->Combo2, &QComboBox::currentIndexChanged, this, &Form1::Combo2_Click);
     connect(ui->Text1, &QPlainTextEdit::textChanged, this, &Form1::Text1_Change);
@@ -196,6 +200,7 @@ void Form1::enterReadingState(const std::string& text) {
     setExportVisible(false);
     setUpdateBold(false);
     setUpdateEnabled(false);
+    markReadOnly();
 }
 
 void Form1::endProgram(int exitCode) {
@@ -351,7 +356,7 @@ void Form1::setTargetBox(std::string_view targetPath) {
 }
 
 void Form1::showOpenIcon(bool isFolder) {
-    QLabel* icon = isFolder ? ui->Image3 : ui->Image4;
+    PictureButton* icon = isFolder ? ui->Image3 : ui->Image4;
     if (icon->pixmap().isNull())
         icon->setPixmap(drawPicture(isFolder ? Picture::OpenFolder : Picture::OpenFile,
                                     icon->devicePixelRatioF()));
@@ -384,7 +389,7 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         else if (watched == ui->Combo2)
             Combo2_Click();
         else if (!windowKey && isEnter(key->key()))
-            return clickButton(watched);
+            return clickButton(watched) || clickPicture(watched);
         return windowKey || m_ended;
     }
     if (event->type() == QEvent::MouseButtonRelease)
@@ -450,13 +455,7 @@ void Form1::Text1_KeyDown(QKeyEvent* event) {
 bool Form1::clickable(QObject* watched, QEvent* event) {
     if (static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
         return false;
-    if (watched == ui->Image1)
-        Image1_Click();
-    else if (watched == ui->Image3)
-        Image3_Click();
-    else if (watched == ui->Image4)
-        Image4_Click();
-    else if (watched == ui->Image5)
+    if (watched == ui->Image5)
         Image5_Click();
     else if (watched == ui->Label4)
         Label4_Click();
@@ -536,13 +535,15 @@ void Form1::Command1_Click() {
         return;
     const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (endsProgram(::Command1_Click(m_state, *this, m_prompter)))
-        endProgram(0);
+        return endProgram(0);
+    focusBoxAgain();
 }
 
 void Form1::Command2_Click() {
     const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (cancelEndsProgram(m_state, *this, m_prompter))
-        endProgram(0);
+        return endProgram(0);
+    focusBoxAgain();
 }
 
 void Form1::Command3_Click() {
@@ -580,6 +581,7 @@ void Form1::Image1_Click() {
     if (endsProgram(deleteDescription(m_state, *this, m_prompter)))
         return endProgram(0);
     ui->Image1->show();
+    focusBoxAgain();
 }
 
 void Form1::Image3_Click() {

@@ -106,6 +106,10 @@ private:
     void applyControlsFont();
     void applyDesignLook();
     void applyListFont();
+    void applyAccessibility();
+    void markReadOnly();
+    void focusBoxAgain();
+    bool clickPicture(QObject* watched);
     std::vector<QWidget*> themedControls() const;
     std::vector<QWidget*> shadedControls() const;
 
