@@ -14,13 +14,19 @@ constexpr int kFrameDarkness = 170;
 constexpr char kWindowRole[] = "windowRole";
 
 // A list that has a name of its own: the name, with the entry shown as its value and
-// the pop-up's entries as its child, where the toolkit's list names itself by its entry.
-class NamedList : public QAccessibleWidget {
+// as its text (where readers look for what a list shows), and the pop-up's entries as
+// its child; the toolkit's list names itself by its entry instead.
+class NamedList : public QAccessibleWidget, public QAccessibleTextInterface {
 public:
     explicit NamedList(QComboBox* list) : QAccessibleWidget(list, QAccessible::ComboBox) {}
 
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        if (type == QAccessible::TextInterface)
+            return static_cast<QAccessibleTextInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
     QString text(QAccessible::Text t) const override {
-        return t == QAccessible::Value ? list()->currentText() : QAccessibleWidget::text(t);
+        return t == QAccessible::Value ? shown() : QAccessibleWidget::text(t);
     }
     int childCount() const override { return 1; }
     QAccessibleInterface* child(int index) const override {
@@ -39,8 +45,28 @@ public:
             QAccessibleWidget::doAction(action);
     }
 
+    // The entry as a text that cannot be selected or changed.
+    QString text(int start, int end) const override { return shown().mid(start, end - start); }
+    int characterCount() const override { return static_cast<int>(shown().size()); }
+    int cursorPosition() const override { return 0; }
+    void setCursorPosition(int) override {}
+    void selection(int, int* start, int* end) const override { *start = *end = 0; }
+    int selectionCount() const override { return 0; }
+    void addSelection(int, int) override {}
+    void removeSelection(int) override {}
+    void setSelection(int, int, int) override {}
+    QRect characterRect(int) const override { return {}; }
+    int offsetAtPoint(const QPoint&) const override { return -1; }
+    void scrollToSubstring(int, int) override {}
+    QString attributes(int, int* start, int* end) const override {
+        *start = 0;
+        *end = characterCount();
+        return {};
+    }
+
 private:
     QComboBox* list() const { return static_cast<QComboBox*>(widget()); }
+    QString shown() const { return list()->currentText(); }
 };
 
 QAccessibleInterface* accessibleFor(const QString&, QObject* object) {

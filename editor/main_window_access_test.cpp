@@ -58,6 +58,12 @@ TEST_F(MainWindowAccessTest, EveryControlAUserCanActOnIsNamedAndTheWindowsSayWha
         expectNamed(&form_, kEditorNames);
         EXPECT_EQ(nameOf(control<QWidget>("Command5")), "Expand toolbar");
     }
+    // A named list still tells what it shows, as its value and as its text.
+    QAccessibleInterface* sizes = reader(control<QWidget>("Combo2"));
+    EXPECT_EQ(sizes->text(QAccessible::Value).toStdString(), "08");
+    ASSERT_NE(sizes->textInterface(), nullptr);
+    EXPECT_EQ(sizes->textInterface()->text(0, sizes->textInterface()->characterCount()),
+              QStringLiteral("08"));
     QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
     {
         SCOPED_TRACE("toolbar shown");
