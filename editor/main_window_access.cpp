@@ -37,8 +37,8 @@ void Form1::applyAccessibility() {
 void Form1::markReadOnly() {
     ui->Text1->setViewOnly(true);
     ui->Text1->setAccessibleDescription(
-        QStringLiteral("Read only: the file is gone, so this description cannot be stored. ") +
-        kBoxKeys);
+        QStringLiteral("Read only: the file is gone, so this description cannot be stored. "
+                       "Esc closes, F1 opens the help; F3 or Ctrl+F finds; Tab moves on"));
 }
 
 // A store command disables the box while it runs, which sends the focus on to the next
