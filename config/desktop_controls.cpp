@@ -1,5 +1,7 @@
 #include "config/desktop_controls.h"
 
+#include <QAbstractItemView>
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QChildEvent>
 #include <QPointer>
@@ -9,6 +11,85 @@
 namespace {
 
 constexpr int kFrameDarkness = 170;
+constexpr char kWindowRole[] = "windowRole";
+
+// A list that has a name of its own: the name, with the entry shown as its value and
+// as its text (where readers look for what a list shows), and the pop-up's entries as
+// its child; the toolkit's list names itself by its entry instead.
+class NamedList : public QAccessibleWidget, public QAccessibleTextInterface {
+public:
+    explicit NamedList(QComboBox* list) : QAccessibleWidget(list, QAccessible::ComboBox) {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        if (type == QAccessible::TextInterface)
+            return static_cast<QAccessibleTextInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+    QString text(QAccessible::Text t) const override {
+        return t == QAccessible::Value ? shown() : QAccessibleWidget::text(t);
+    }
+    int childCount() const override { return 1; }
+    QAccessibleInterface* child(int index) const override {
+        return index == 0 ? QAccessible::queryAccessibleInterface(list()->view()) : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface* child) const override {
+        return child && child->object() == list()->view() ? 0 : -1;
+    }
+    QStringList actionNames() const override {
+        return QAccessibleWidget::actionNames() << showMenuAction();
+    }
+    void doAction(const QString& action) override {
+        if (action == showMenuAction())
+            list()->showPopup();
+        else
+            QAccessibleWidget::doAction(action);
+    }
+
+    // The entry as a text that cannot be selected or changed.
+    QString text(int start, int end) const override { return shown().mid(start, end - start); }
+    int characterCount() const override { return static_cast<int>(shown().size()); }
+    int cursorPosition() const override { return 0; }
+    void setCursorPosition(int) override {}
+    void selection(int, int* start, int* end) const override { *start = *end = 0; }
+    int selectionCount() const override { return 0; }
+    void addSelection(int, int) override {}
+    void removeSelection(int) override {}
+    void setSelection(int, int, int) override {}
+    QRect characterRect(int) const override { return {}; }
+    int offsetAtPoint(const QPoint&) const override { return -1; }
+    void scrollToSubstring(int, int) override {}
+    QString attributes(int, int* start, int* end) const override {
+        *start = 0;
+        *end = characterCount();
+        return {};
+    }
+
+private:
+    QComboBox* list() const { return static_cast<QComboBox*>(widget()); }
+    QString shown() const { return list()->currentText(); }
+};
+
+QAccessibleInterface* accessibleFor(const QString&, QObject* object) {
+    auto* widget = qobject_cast<QWidget*>(object);
+    if (!widget)
+        return nullptr;
+    if (const QVariant role = widget->property(kWindowRole); role.isValid())
+        return new QAccessibleWidget(widget, static_cast<QAccessible::Role>(role.toInt()));
+    if (auto* list = qobject_cast<QComboBox*>(widget); list && !list->accessibleName().isEmpty())
+        return new NamedList(list);
+    return nullptr;
+}
+
+// Readers keep what they first learn of a widget: the names and roles are given before
+// the window shows.
+void installAccessibleFactory() {
+    static const bool installed = [] {
+        QAccessible::installFactory(accessibleFor);
+        return true;
+    }();
+    (void)installed;
+}
+
 constexpr int kCaptionFlags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap;
 
 bool hasKeyboardFocus(const QStyleOption& option) {
@@ -17,16 +98,18 @@ bool hasKeyboardFocus(const QStyleOption& option) {
 }
 
 // One colour, no gradient and no smoothing, so the fill is the palette's colour to the
-// bit. The frame is a darker shade of it, the highlight colour while the keyboard has
-// brought the focus there, and doubled while the control is pressed.
+// bit. The frame is a darker shade of it, doubled while the control is pressed; while
+// the keyboard has brought the focus there it is two pixels of the text colour, a mark
+// that shows on every theme colour and not by its hue alone.
 void fillFramed(QPainter* painter, const QStyleOption& option, const QColor& fill) {
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, false);
-    painter->setPen(hasKeyboardFocus(option) ? option.palette.color(QPalette::Highlight)
-                                             : fill.darker(kFrameDarkness));
+    const bool focused = hasKeyboardFocus(option);
+    painter->setPen(focused ? option.palette.color(QPalette::WindowText)
+                            : fill.darker(kFrameDarkness));
     painter->setBrush(fill);
     painter->drawRect(option.rect.adjusted(0, 0, -1, -1));
-    if (option.state & (QStyle::State_Sunken | QStyle::State_On)) {
+    if (focused || (option.state & (QStyle::State_Sunken | QStyle::State_On))) {
         painter->setBrush(Qt::NoBrush);
         painter->drawRect(option.rect.adjusted(1, 1, -2, -2));
     }
@@ -145,4 +228,14 @@ bool clickButton(QObject* watched) {
         return false;
     button->click();
     return true;
+}
+
+void declareWindowRole(QWidget* window, QAccessible::Role role) {
+    installAccessibleFactory();
+    window->setProperty(kWindowRole, static_cast<int>(role));
+}
+
+void nameList(QComboBox* list, const QString& name) {
+    installAccessibleFactory();
+    list->setAccessibleName(name);
 }

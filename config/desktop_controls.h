@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QPushButton>
@@ -59,3 +60,11 @@ void closeOpenList();
 
 // Enter on a push button clicks it, as Space does. True when `watched` is one.
 bool clickButton(QObject* watched);
+
+// Screen readers take a plain widget for a filler inside another window: the program's
+// windows say instead that they are a window or a dialog.
+void declareWindowRole(QWidget* window, QAccessible::Role role);
+// A drop-down list reads as its current entry; named, it reads as `name` with the entry
+// as its value. Both are called before the window shows, since readers keep what they
+// first learn of a widget.
+void nameList(QComboBox* list, const QString& name);

@@ -35,12 +35,24 @@ Form4::Form4(SharedState& state, Prompter& prompter, QWidget* parent)
     setFont(font);
     ui->setupUi(this);
     setFixedSize(size());
+    nameControls();
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());
     connectControls();
 }
 
 Form4::~Form4() = default;
+
+// The lists show their value, not what they set: screen readers get both, and the
+// labels above them name them as well.
+void Form4::nameControls() {
+    declareWindowRole(this, QAccessible::Dialog);
+    nameList(ui->Combo1, QStringLiteral("Font"));
+    nameList(ui->Combo2, QStringLiteral("Font size"));
+    nameList(ui->Combo3, QStringLiteral("Background color"));
+    ui->Label2->setBuddy(ui->Combo1);
+    ui->Label3->setBuddy(ui->Combo3);
+}
 
 void Form4::connectControls() {
     connect(ui->Combo3, &QComboBox::currentIndexChanged, this, &Form4::Combo3_Click);
@@ -123,15 +135,14 @@ void Form4::loadControls() {
 }
 
 // Enter and Esc reach the dialog before the control that has the focus, an open list
-// included; Enter on a button clicks that button, as it does everywhere.
+// included: Enter confirms and Esc cancels whatever has the focus, a button too.
 bool Form4::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         switch (static_cast<QKeyEvent*>(event)->key()) {
             case Qt::Key_Return:
             case Qt::Key_Enter:
                 closeOpenList();
-                if (!clickButton(watched))
-                    Command1_Click();
+                Command1_Click();
                 return true;
             case Qt::Key_Escape:
                 closeOpenList();

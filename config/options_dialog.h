@@ -50,6 +50,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void nameControls();
     void connectControls();
     void loadControls();
     void Combo3_Click();

@@ -4,9 +4,15 @@
 #include <QTextCursor>
 
 void DescriptionBox::setEditsLocked(bool locked) {
+    locked = locked || m_viewOnly;
     setReadOnly(locked);
     if (locked)
         setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+}
+
+void DescriptionBox::setViewOnly(bool viewOnly) {
+    m_viewOnly = viewOnly;
+    setEditsLocked(viewOnly);
 }
 
 QMimeData* DescriptionBox::createMimeDataFromSelection() const {

@@ -14,7 +14,12 @@ public:
     // Locked, the box is read-only and refuses edits only: the caret still shows, moves
     // and selects with the keys, as in any text box that the user may not change.
     void setEditsLocked(bool locked);
+    // View only, the box stays locked whatever keys go down in it.
+    void setViewOnly(bool viewOnly);
 
 protected:
     QMimeData* createMimeDataFromSelection() const override;
+
+private:
+    bool m_viewOnly = false;
 };

@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QSignalBlocker>
 #include <QTextBlock>
@@ -20,6 +21,7 @@
 #include "core/save_sequence.h"
 #include "core/target.h"
 #include "core/version.h"
+#include "editor/box_text.h"
 #include "editor/description_box.h"
 #include "editor/edit_commands.h"
 #include "editor/pictures.h"
@@ -35,35 +37,6 @@
 
 namespace {
 
-// Text crosses between the widgets and the program here only: the program's text is
-// UTF-8 with CR LF breaks, the widgets keep "\n".
-std::string toProgramText(const QString& widgetText) {
-    QString text = widgetText;
-    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-    text.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
-    return text.toUtf8().toStdString();
-}
-
-QString toWidgetText(std::string_view programText) {
-    QString text =
-        QString::fromUtf8(programText.data(), static_cast<qsizetype>(programText.size()));
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    return text;
-}
-
-// The widget's index of a position in the program's text, where a break counts two
-// characters and a character outside the BMP one.
-int widgetPosition(const QString& widgetText, std::size_t programPosition) {
-    std::size_t counted = 0;
-    qsizetype index = 0;
-    while (index < widgetText.size() && counted < programPosition) {
-        counted += widgetText[index] == QLatin1Char('\n') ? 2 : 1;
-        index += widgetText[index].isHighSurrogate() && index + 1 < widgetText.size() ? 2 : 1;
-    }
-    return static_cast<int>(index);
-}
-
 QString versionLabel() {
     QString label = QStringLiteral("Version %1.%2").arg(version::kMajor).arg(version::kMinor);
     if (version::kRevision != 0)
@@ -72,6 +45,13 @@ QString versionLabel() {
 }
 
 constexpr QSize kClientSize{575, 381};  // 8625 x 5715 twips
+
+constexpr std::string_view kCutNotice =
+    "This description is longer than 30000 characters; the box shows its first 30000.  "
+    "Update keeps the whole text as long as you leave the box unchanged.";
+constexpr std::string_view kShortenQuestion =
+    "This description was cut to 30000 characters when it was loaded.  Store the shortened "
+    "text?";
 
 bool isEnter(int key) {
     return key == Qt::Key_Return || key == Qt::Key_Enter;
@@ -90,6 +70,7 @@ Form1::Form1(SharedState& state, Prompter& prompter, QWidget* parent)
     applyControlsFont();
     buildWindow();
     applyDesignLook();
+    applyAccessibility();
     connectControls();
 }
 
@@ -130,6 +111,9 @@ void Form1::connectControls() {
     connect(ui->Command3, &QPushButton::clicked, this, &Form1::Command3_Click);
     connect(ui->Command4, &QPushButton::clicked, this, &Form1::Command4_Click);
     connect(ui->Command5, &QPushButton::clicked, this, &Form1::Command5_Click);
+    connect(ui->Image1, &PictureButton::clicked, this, &Form1::Image1_Click);
+    connect(ui->Image3, &PictureButton::clicked, this, &Form1::Image3_Click);
+    connect(ui->Image4, &PictureButton::clicked, this, &Form1::Image4_Click);
     connect(ui->Combo1, &QComboBox::currentIndexChanged, this, &Form1::Combo1_Click);
     connect(ui->Combo2, &QComboBox::currentIndexChanged, this, &Form1::Combo2_Click);
     connect(ui->Text1, &QPlainTextEdit::textChanged, this, &Form1::Text1_Change);
@@ -203,6 +187,8 @@ void Form1::finishStartup() {
             break;
     }
     loadDescription(m_state, *this);
+    if (m_wholeText)
+        m_prompter.message(kCutNotice, kProgramTitle, Buttons::Ok, Icon::None);
     m_updateCheck->trigger(m_state.data.appDataPath);
     // Registering a property handler for the target's type has no counterpart here.
 }
@@ -214,6 +200,7 @@ void Form1::enterReadingState(const std::string& text) {
     setExportVisible(false);
     setUpdateBold(false);
     setUpdateEnabled(false);
+    markReadOnly();
 }
 
 void Form1::endProgram(int exitCode) {
@@ -270,12 +257,27 @@ void Form1::resizeEvent(QResizeEvent* event) {
 
 // ---------------------------------------------------------------- EditorState
 
+// A store command sees the whole of a text that was cut to fit the box for as long as
+// the box holds what it was given, so that nothing the user did not see is lost.
 std::string Form1::text() const {
+    if (m_storeCommandRunning && m_wholeText && !ui->Text1->document()->isModified())
+        return *m_wholeText;
     return toProgramText(ui->Text1->document()->toRawText());
 }
 
+// A text longer than the box takes is cut before the box shows it, so that the cut is
+// not an edit that undo would bring back.
 void Form1::setText(std::string_view text) {
-    ui->Text1->setPlainText(toWidgetText(text));
+    QString shown = toWidgetText(text);
+    if (characterCount(text) <= kMaxDescriptionChars) {
+        m_wholeText.reset();
+        ui->Text1->setPlainText(shown);
+        return;
+    }
+    m_wholeText = std::string(text);
+    shown.truncate(widgetPosition(shown, kMaxDescriptionChars));
+    ui->Text1->setPlainText(shown);
+    ui->Text1->document()->setModified(false);
 }
 
 void Form1::selectText(std::size_t start, std::size_t length) {
@@ -354,7 +356,7 @@ void Form1::setTargetBox(std::string_view targetPath) {
 }
 
 void Form1::showOpenIcon(bool isFolder) {
-    QLabel* icon = isFolder ? ui->Image3 : ui->Image4;
+    PictureButton* icon = isFolder ? ui->Image3 : ui->Image4;
     if (icon->pixmap().isNull())
         icon->setPixmap(drawPicture(isFolder ? Picture::OpenFolder : Picture::OpenFile,
                                     icon->devicePixelRatioF()));
@@ -387,7 +389,7 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         else if (watched == ui->Combo2)
             Combo2_Click();
         else if (!windowKey && isEnter(key->key()))
-            return clickButton(watched);
+            return clickButton(watched) || clickPicture(watched);
         return windowKey || m_ended;
     }
     if (event->type() == QEvent::MouseButtonRelease)
@@ -453,13 +455,7 @@ void Form1::Text1_KeyDown(QKeyEvent* event) {
 bool Form1::clickable(QObject* watched, QEvent* event) {
     if (static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
         return false;
-    if (watched == ui->Image1)
-        Image1_Click();
-    else if (watched == ui->Image3)
-        Image3_Click();
-    else if (watched == ui->Image4)
-        Image4_Click();
-    else if (watched == ui->Image5)
+    if (watched == ui->Image5)
         Image5_Click();
     else if (watched == ui->Label4)
         Label4_Click();
@@ -534,13 +530,20 @@ void Form1::findInText(bool replace) {
 // ---------------------------------------------------------------- commands
 
 void Form1::Command1_Click() {
+    if (m_wholeText && ui->Text1->document()->isModified() && ui->Command1->isEnabled() &&
+        ask(m_prompter, kShortenQuestion, Buttons::YesNo) != Answer::Yes)
+        return;
+    const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (endsProgram(::Command1_Click(m_state, *this, m_prompter)))
-        endProgram(0);
+        return endProgram(0);
+    focusBoxAgain();
 }
 
 void Form1::Command2_Click() {
+    const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (cancelEndsProgram(m_state, *this, m_prompter))
-        endProgram(0);
+        return endProgram(0);
+    focusBoxAgain();
 }
 
 void Form1::Command3_Click() {
@@ -574,9 +577,11 @@ void Form1::Image1_Click() {
     if (!ui->Text1->isEnabled())
         return;
     ui->Image1->hide();
+    const QScopedValueRollback storing(m_storeCommandRunning, true);
     if (endsProgram(deleteDescription(m_state, *this, m_prompter)))
         return endProgram(0);
     ui->Image1->show();
+    focusBoxAgain();
 }
 
 void Form1::Image3_Click() {

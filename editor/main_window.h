@@ -2,6 +2,7 @@
 
 #include <QWidget>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -105,6 +106,10 @@ private:
     void applyControlsFont();
     void applyDesignLook();
     void applyListFont();
+    void applyAccessibility();
+    void markReadOnly();
+    void focusBoxAgain();
+    bool clickPicture(QObject* watched);
     std::vector<QWidget*> themedControls() const;
     std::vector<QWidget*> shadedControls() const;
 
@@ -148,6 +153,9 @@ private:
     std::unique_ptr<Toolbar> m_toolbar;
     std::unique_ptr<NetGrab> NetGrab1;
     std::unique_ptr<UpdateCheck> m_updateCheck;
+    // A loaded text longer than the box takes, whole; the box shows its start.
+    std::optional<std::string> m_wholeText;
+    bool m_storeCommandRunning = false;
     bool m_readingState = false;
     bool m_ended = false;
     int m_exitCode = 0;

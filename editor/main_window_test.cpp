@@ -194,8 +194,9 @@ TEST_F(MainWindowTest, ControlsShowTheExactThemeColoursAndWrapTheirCaptions) {
 }
 
 // The window sees its keys first, an open list's included (which they close); Enter
-// on a button clicks it, and elsewhere in the options confirms them.
-TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterClicksTheFocusedButton) {
+// on a button of the main window clicks it, while in the options it confirms them
+// whatever has the focus, a button included.
+TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterConfirmsTheOptionsAnywhere) {
     start(fileTarget());
     QTest::mouseClick(control<QWidget>("Command5"), Qt::LeftButton);
     Form4& options = form_.optionsDialog();
@@ -215,21 +216,60 @@ TEST_F(MainWindowTest, WindowKeysWorkWhileAListIsOpenAndEnterClicksTheFocusedBut
     };
     press(control<QWidget>("Combo2"), Qt::Key_F1);
     press(control<QWidget>("Combo1"), Qt::Key_F12);
+    const std::size_t messagesBefore = prompter_.shown.size();
     for (const auto& [focused, key, stored] : {std::tuple{"Combo3", Qt::Key_Escape, 0},
-                                               {"Command2", Qt::Key_Return, 0},
+                                               {"Command2", Qt::Key_Return, 1},
+                                               {"Command4", Qt::Key_Enter, 1},
                                                {"Check4", Qt::Key_Enter, 1}}) {
         SCOPED_TRACE(focused);
         ASSERT_TRUE(options.isVisible());
+        state_.options.optionsAutoCreateExpDesc = 0;
         static_cast<QCheckBox*>(optionsControl("Check4"))->setChecked(true);
         press(optionsControl(focused), key);
         EXPECT_FALSE(options.isVisible());
         EXPECT_EQ(state_.options.optionsAutoCreateExpDesc, stored);
+        EXPECT_EQ(prompter_.shown.size(), messagesBefore);  // no reinstall question
         press(control<QWidget>("Command4"), Qt::Key_Return);
     }
     press(control<QWidget>("Command3"), Qt::Key_Return);
     EXPECT_EQ(opened_, std::vector<std::string>(2, VESKOR_HOME_URL));
     press(control<QWidget>("Combo2"), Qt::Key_Escape);
     EXPECT_TRUE(form_.hasEnded());
+}
+
+// A stored text longer than the box takes is cut for the box only: the user is told,
+// an Update of the untouched box stores it whole, and storing an edited, shortened
+// text needs a Yes.
+TEST_F(MainWindowTest, AStoredTextTooLongForTheBoxIsCutVisiblyAndKeptUnlessTheUserAgrees) {
+    const std::string whole = std::string(29995, 'a') + "the tail\r\n";
+    // name, edits, answer, stores the whole, stores the box, ends
+    const std::tuple<const char*, bool, Answer, bool, bool, bool> kCases[] = {
+        {"untouched", false, Answer::Cancel, true, false, true},
+        {"edited, No", true, Answer::No, false, false, false},
+        {"edited, Yes", true, Answer::Yes, false, true, true}};
+    for (const auto& [name, edits, answer, storesWhole, storesBox, ends] : kCases) {
+        SCOPED_TRACE(name);
+        MainWindowFixture run;
+        run.files_.write("Plan.txt.description", whole);
+        run.start(run.fileTarget());
+        EXPECT_EQ(run.prompter_.texts(),
+                  std::vector<std::string>{
+                      "This description is longer than 30000 characters; the box shows its "
+                      "first 30000.  Update keeps the whole text as long as you leave the box "
+                      "unchanged."});
+        EXPECT_EQ(run.box()->toPlainText().size(), 30000);
+        if (edits) {
+            run.form_.selectText(0, 1);
+            QTest::keyClick(run.box(), Qt::Key_Delete);
+        }
+        run.prompter_.answers = {answer};
+        QTest::keyClick(run.box(), Qt::Key_F10);
+        const std::string saved = run.savedIndex();
+        EXPECT_EQ(saved.find("the tail") != std::string::npos, storesWhole) << saved.size();
+        EXPECT_EQ(saved.find("aaaaaaaaaa") != std::string::npos, storesWhole || storesBox);
+        EXPECT_EQ(run.form_.hasEnded(), ends);
+        EXPECT_EQ(run.prompter_.shown.size(), edits ? 2u : 1u);
+    }
 }
 
 }  // namespace

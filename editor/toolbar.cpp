@@ -60,6 +60,10 @@ void Toolbar::showToolbar() {
         member->show();
     m_controls.bar->setText(shrinkCaption());
     m_controls.bar->setToolTip(QStringLiteral("Click here to shrink toolbar"));
+    // The caption is a column of letters: screen readers get the words instead, and
+    // the changed description tells them that the toolbar opened.
+    m_controls.bar->setAccessibleName(QStringLiteral("Shrink toolbar"));
+    m_controls.bar->setAccessibleDescription(QStringLiteral("The toolbar is shown"));
 }
 
 void Toolbar::hideToolbar() {
@@ -68,6 +72,8 @@ void Toolbar::hideToolbar() {
         member->hide();
     m_controls.bar->setText(expandCaption());
     m_controls.bar->setToolTip(QStringLiteral("Click here to expand toolbar"));
+    m_controls.bar->setAccessibleName(QStringLiteral("Expand toolbar"));
+    m_controls.bar->setAccessibleDescription(QStringLiteral("The toolbar is hidden"));
 }
 
 // One tick a second: while the toolbar is hidden the bar blinks, and the banner shows

@@ -94,6 +94,7 @@ void Form2::buildLayout() {
                                          ui->Command1, ui->Command2, ui->Command3, ui->Command4})
         control->installEventFilter(this);
     previewListKeys(ui->Drive1, this);
+    applyAccessibility();
 }
 
 void Form2::connectControls() {
@@ -314,6 +315,7 @@ void Form2::fillFolderList(const FolderListing& listing) {
     auto add = [this](const std::string& path, const std::string& name, qsizetype depth) {
         auto* item = new QListWidgetItem(QString(depth * 2, QLatin1Char(' ')) + qs(name));
         item->setData(kFolderRole, qs(path));
+        folderLevelForReaders(item, qs(name), depth);
         ui->Dir1->addItem(item);
         return item;
     };

@@ -56,6 +56,10 @@ private:
     enum class Move { Moved, NotAFolder, Unreadable };
 
     void buildLayout();
+    void applyAccessibility();
+    // The folder list shows a folder's depth by its indent: readers get the name
+    // without the blanks and the depth in words.
+    static void folderLevelForReaders(QListWidgetItem* item, const QString& name, qsizetype depth);
     void connectControls();
     void Form_Load();
     void Form_KeyDown(int key, bool& handled);
