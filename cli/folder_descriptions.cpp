@@ -34,15 +34,33 @@ FolderDescriptions::FolderDescriptions(DataPaths data)
     : m_data(std::move(data)), m_failsafeFile(m_data.failsafeDBpath + "ver1.7.dat") {}
 
 ItemDescription FolderDescriptions::describe(const std::string& path) {
+    return std::move(describe(std::vector<std::string>{path}).front());
+}
+
+std::vector<ItemDescription> FolderDescriptions::describe(const std::vector<std::string>& paths) {
+    std::vector<ItemDescription> items(paths.size());
+    std::lock_guard lock(m_mutex);
+    refreshFailsafe();
+    // A folder's shared files are checked once for each run of its items.
+    std::string_view current;
+    Folder* folder = nullptr;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (!folder || folderOf(paths[i]) != current) {
+            current = folderOf(paths[i]);
+            folder = &readerFor(std::string(current));
+        }
+        items[i] = describeIn(*folder, paths[i]);
+    }
+    return items;
+}
+
+ItemDescription FolderDescriptions::describeIn(Folder& folder, const std::string& path) {
     const std::string_view name = lastComponent(path);
     // Another item's exported file: opening it would open that item.
     struct stat st {};
     if (name.empty() || isExportedFileName(name) || ::lstat(path.c_str(), &st) != 0)
         return {};
-    std::lock_guard lock(m_mutex);
-    refreshFailsafe();
-    Folder& folder = readerFor(std::string(folderOf(path)));
-    auto target = m_checker.pathsOf(path, m_data);
+    auto target = m_checker.pathsOf(path, S_ISLNK(st.st_mode), m_data);
     if (!target)
         return {};
     FoundDescription found =

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "cli/batch_reader.h"
 #include "cli/session.h"
@@ -43,6 +44,10 @@ public:
     // none.
     ItemDescription describe(const std::string& path);
 
+    // The same for many items at once, in their order; each folder's shared files are
+    // checked for changes once for them all.
+    std::vector<ItemDescription> describe(const std::vector<std::string>& paths);
+
     // Folders whose shared files are kept at most; the least recently asked goes first.
     static constexpr std::size_t kFoldersKept = 16;
 
@@ -56,6 +61,7 @@ private:
     };
 
     Folder& readerFor(const std::string& folder);
+    ItemDescription describeIn(Folder& folder, const std::string& path);
     void refreshFailsafe();
     void dropLeastRecent();
 

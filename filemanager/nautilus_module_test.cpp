@@ -1,7 +1,6 @@
 // The GNOME Files module loaded as the file manager loads it, its providers driven with
 // stand-in file objects on real files with real stores.
 #include <gio/gio.h>
-#include <gmodule.h>
 #include <gtest/gtest.h>
 extern "C" {
 #include <nautilus-extension.h>
@@ -13,74 +12,16 @@ extern "C" {
 #include <sstream>
 
 #include "cli/cli.h"
-#include "filemanager/test_file_info.h"
+#include "filemanager/module_host.h"
 #include "platform/code_page.h"
 #include "tests/temp_dir.h"
 
 namespace {
 
-using Initialize = void (*)(GTypeModule*);
-using ListTypes = void (*)(const GType**, int*);
-
-// The module's providers, made once: the file manager never loads a module twice.
-struct LoadedModule {
-    GModule* library = nullptr;
-    std::vector<GObject*> providers;
-
-    template <typename Interface>
-    Interface* provider(GType type) const {
-        for (GObject* object : providers) {
-            if (G_TYPE_CHECK_INSTANCE_TYPE(object, type))
-                return reinterpret_cast<Interface*>(object);
-        }
-        return nullptr;
-    }
-};
-
-LoadedModule& loaded() {
-    static LoadedModule module;
-    return module;
-}
-
-gboolean loadModule(GTypeModule* typeModule) {
-    LoadedModule& module = loaded();
-    module.library = g_module_open(VESKOR_NAUTILUS_MODULE, G_MODULE_BIND_LAZY);
-    gpointer initialize = nullptr, listTypes = nullptr;
-    if (!module.library ||
-        !g_module_symbol(module.library, "nautilus_module_initialize", &initialize) ||
-        !g_module_symbol(module.library, "nautilus_module_list_types", &listTypes))
-        return FALSE;
-    reinterpret_cast<Initialize>(initialize)(typeModule);
-    const GType* types = nullptr;
-    int count = 0;
-    reinterpret_cast<ListTypes>(listTypes)(&types, &count);
-    for (int i = 0; i < count; ++i)
-        module.providers.push_back(G_OBJECT(g_object_new(types[i], nullptr)));
-    return TRUE;
-}
-
-GType testModuleType() {
-    static const GType type = [] {
-        auto initClass = [](gpointer klass, gpointer) {
-            G_TYPE_MODULE_CLASS(klass)->load = loadModule;
-            G_TYPE_MODULE_CLASS(klass)->unload = [](GTypeModule*) {};
-        };
-        const GTypeInfo info = {
-            sizeof(GTypeModuleClass), nullptr, nullptr, initClass, nullptr, nullptr,
-            sizeof(GTypeModule),      0,       nullptr, nullptr};
-        return g_type_register_static(G_TYPE_TYPE_MODULE, "TestModule", &info, GTypeFlags(0));
-    }();
-    return type;
-}
-
-// Runs the main context until `done` or five seconds passed; whether it was done.
-bool runUntil(const std::function<bool()>& done) {
-    const gint64 deadline = g_get_monotonic_time() + 5 * G_USEC_PER_SEC;
-    while (!done() && g_get_monotonic_time() < deadline) {
-        if (!g_main_context_iteration(nullptr, FALSE))
-            g_usleep(1000);
-    }
-    return done();
+// The loaded module's provider of the interface.
+template <typename Interface>
+Interface* provider(GType interfaceType) {
+    return reinterpret_cast<Interface*>(moduleProvider(interfaceType));
 }
 
 class NautilusModuleTest : public ::testing::Test {
@@ -93,8 +34,7 @@ protected:
                                     "&& mv \"$0.args.tmp\" \"$0.args\"\n");
         ASSERT_EQ(::chmod(recorder_.c_str(), 0755), 0);
         g_setenv("VESKOR_EDITOR_PROGRAM", recorder_.c_str(), TRUE);
-        ASSERT_TRUE(g_type_module_use(G_TYPE_MODULE(g_object_new(testModuleType(), nullptr))))
-            << g_module_error();
+        ASSERT_TRUE(loadNautilusModule(VESKOR_NAUTILUS_MODULE));
     }
 
     int cli(const std::vector<std::string>& args) {
@@ -118,24 +58,8 @@ protected:
 
     // What the info provider gives the column for the item, after it completed.
     std::string column(TestFileInfo* info) {
-        auto* provider = loaded().provider<NautilusInfoProvider>(NAUTILUS_TYPE_INFO_PROVIDER);
-        int completions = 0;
-        GClosure* complete =
-            g_cclosure_new(G_CALLBACK(+[](NautilusInfoProvider*, gpointer, NautilusOperationResult,
-                                          int* count) { ++*count; }),
-                           &completions, nullptr);
-        g_closure_set_marshal(complete, g_cclosure_marshal_generic);
-        g_closure_ref(complete);
-        g_closure_sink(complete);
-        NautilusOperationHandle* handle = nullptr;
-        auto result = nautilus_info_provider_update_file_info(provider, NAUTILUS_FILE_INFO(info),
-                                                              complete, &handle);
-        EXPECT_EQ(result, NAUTILUS_OPERATION_IN_PROGRESS) << "the read must leave the main thread";
-        EXPECT_TRUE(runUntil([&] { return completions == 1; })) << "never completed";
-        g_closure_unref(complete);
-        GLibText value(nautilus_file_info_get_string_attribute(NAUTILUS_FILE_INFO(info),
-                                                               "veskor_description"));
-        return value ? value.get() : "(not set)";
+        EXPECT_TRUE(updateFileInfo({info})) << "answered on the main thread, or never";
+        return columnValue(info);
     }
     std::string column(const std::string& path) {
         TestFileInfo* info = newTestFileInfo(path);
@@ -143,11 +67,6 @@ protected:
         g_object_unref(info);
         return value;
     }
-
-    struct Free {
-        void operator()(char* text) const { g_free(text); }
-    };
-    using GLibText = std::unique_ptr<char, Free>;
 
     static inline TempHome* home_ = nullptr;
     static inline TempDir* program_ = nullptr;
@@ -157,7 +76,7 @@ protected:
 };
 
 TEST_F(NautilusModuleTest, ColumnShowsTheFirstLineThatGetPrints) {
-    auto* columns = loaded().provider<NautilusColumnProvider>(NAUTILUS_TYPE_COLUMN_PROVIDER);
+    auto* columns = provider<NautilusColumnProvider>(NAUTILUS_TYPE_COLUMN_PROVIDER);
     ASSERT_NE(columns, nullptr);
     GList* list = nautilus_column_provider_get_columns(columns);
     ASSERT_EQ(g_list_length(list), 1u);
@@ -227,7 +146,7 @@ TEST_F(NautilusModuleTest, StoresSharedByTheFolderMakeTheirItemsStale) {
 }
 
 TEST_F(NautilusModuleTest, EditDescriptionStartsTheEditorOnTheItem) {
-    auto* menus = loaded().provider<NautilusMenuProvider>(NAUTILUS_TYPE_MENU_PROVIDER);
+    auto* menus = provider<NautilusMenuProvider>(NAUTILUS_TYPE_MENU_PROVIDER);
     ASSERT_NE(menus, nullptr);
     TestFileInfo* file = newTestFileInfo(docs_.write("a file.txt", "x"));
     TestFileInfo* other = newTestFileInfo(docs_.write("other.txt", "x"));
@@ -279,7 +198,7 @@ std::string sectionText(GListModel* section) {
 
 TEST_F(NautilusModuleTest, PropertiesShowTheWholeTextAndItsSource) {
     auto* properties =
-        loaded().provider<NautilusPropertiesModelProvider>(NAUTILUS_TYPE_PROPERTIES_MODEL_PROVIDER);
+        provider<NautilusPropertiesModelProvider>(NAUTILUS_TYPE_PROPERTIES_MODEL_PROVIDER);
     ASSERT_NE(properties, nullptr);
     const std::string path = docs_.write("a.txt", "x");
     describe(path, "First line\nsecond line");

@@ -6,11 +6,11 @@ extern "C" {
 extern NautilusFileInfo* (*nautilus_file_info_getter)(GFile* location, gboolean create);
 }
 
-#include <vector>
+#include <unordered_set>
 
 namespace {
 
-std::vector<TestFileInfo*> g_alive;
+std::unordered_set<TestFileInfo*> g_alive;
 guint g_changedSignal = 0;
 
 TestFileInfo* self(NautilusFileInfo* info) {
@@ -73,7 +73,7 @@ void initInterface(gpointer iface, gpointer) {
 
 void finalize(GObject* object) {
     auto* info = reinterpret_cast<TestFileInfo*>(object);
-    std::erase(g_alive, info);
+    g_alive.erase(info);
     g_object_unref(info->location);
     delete info->attributes;
     G_OBJECT_CLASS(g_type_class_peek(G_TYPE_OBJECT))->finalize(object);
@@ -104,7 +104,7 @@ TestFileInfo* newTestFileInfo(const std::string& path) {
     auto* info = static_cast<TestFileInfo*>(g_object_new(testFileInfoType(), nullptr));
     info->location = g_file_new_for_path(path.c_str());
     info->attributes = new std::map<std::string, std::string>;
-    g_alive.push_back(info);
+    g_alive.insert(info);
     return info;
 }
 
