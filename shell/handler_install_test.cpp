@@ -70,4 +70,14 @@ TEST_F(HandlerInstallTest, OnlyYesInstallsAValidEntryForEveryFileAndFolderAndOnl
               (std::vector<std::string>{add, add, add, "Done.", remove, remove, remove, "Done."}));
 }
 
+// GNOME Files' module has "Edit description" on its menus: its script would add a second.
+TEST_F(HandlerInstallTest, WithTheGnomeFilesModuleNoScriptIsAddedAndAnOldOneGoes) {
+    ASSERT_FALSE(installDesktopIntegration(data.path(), "/usr/bin/veskor"));
+    ASSERT_FALSE(file(kScript).empty());
+    ASSERT_FALSE(installDesktopIntegration(data.path(), "/usr/bin/veskor", {.nautilus = true}));
+    EXPECT_EQ(file(kScript), "");
+    EXPECT_FALSE(file(kEntry).empty());
+    EXPECT_FALSE(file(kServiceMenu).empty());
+}
+
 }  // namespace
