@@ -33,7 +33,8 @@ fuzz-smoke: deps
 	fuzz/run-all 10
 
 # The Debian package, from an optimised build of the programs alone (no tests), made
-# with Debian's hardening flags; its path is the last line printed. The prefix /usr
+# with Debian's hardening flags, and the GNOME Files module's package beside it; their
+# paths are the last lines printed. The prefix /usr
 # puts the network module in Debian's multiarch library folder.
 package: deps
 	CXXFLAGS="$$(dpkg-buildflags --get CXXFLAGS) $$(dpkg-buildflags --get CPPFLAGS)" \
@@ -42,11 +43,11 @@ package: deps
 	cmake --build --preset package
 	rm -rf build/deb
 	cpack --config build/package/CPackConfig.cmake -B build/deb
-	@realpath build/deb/veskor_*.deb
+	@realpath build/deb/veskor_*.deb build/deb/nautilus-veskor_*.deb
 
 # Unpacks the package and runs both programs from it; lintian and the validators too.
 check-package: package
-	packaging/check-package build/deb/veskor_*.deb
+	packaging/check-package build/deb/veskor_*.deb build/deb/nautilus-veskor_*.deb
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

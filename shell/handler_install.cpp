@@ -8,6 +8,7 @@
 #include "platform/atomic_file.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/lookup.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ struct IntegrationFile {
     std::string_view name;
     bool executable;  // KDE and Nautilus run only executable files from user folders
     std::string (*content)(const std::string& program);
+    bool gnomeFilesOnly = false;  // GNOME Files' module offers the same entry
 };
 
 std::string desktopEntry(const std::string& program) {
@@ -94,7 +96,7 @@ std::string nautilusScript(const std::string& program) {
 constexpr IntegrationFile kFiles[] = {
     {"/applications/", kEntryName, false, desktopEntry},
     {"/kio/servicemenus/", kEntryName, true, serviceMenu},
-    {"/nautilus/scripts/", kScriptName, true, nautilusScript},
+    {"/nautilus/scripts/", kScriptName, true, nautilusScript, true},
 };
 
 std::error_code writeIntegrationFile(const std::string& dataHome, const IntegrationFile& file,
@@ -135,7 +137,13 @@ std::string execArgument(std::string_view argument) {
     return value;
 }
 
-std::error_code installDesktopIntegration(const std::string& dataHome, const std::string& program) {
+bool nautilusModuleInstalled(const std::string& appPath) {
+    const std::string_view module = VESKOR_BIN_TO_NAUTILUS_MODULE;
+    return !module.empty() && fileExists(appPath + std::string(module));
+}
+
+std::error_code installDesktopIntegration(const std::string& dataHome, const std::string& program,
+                                          ModulesInstalled modules) {
     // Without a home there is no per-user folder, and "" would mean the root folder.
     if (dataHome.empty())
         return std::make_error_code(std::errc::no_such_file_or_directory);
@@ -143,6 +151,12 @@ std::error_code installDesktopIntegration(const std::string& dataHome, const std
         return std::make_error_code(std::errc::invalid_argument);
     std::error_code first;
     for (const IntegrationFile& file : kFiles) {
+        // One entry per menu: a script left from before the module came goes.
+        if (file.gnomeFilesOnly && modules.nautilus) {
+            static_cast<void>(
+                removeFile(dataHome + std::string(file.folder) + std::string(file.name)));
+            continue;
+        }
         std::error_code ec = writeIntegrationFile(dataHome, file, program);
         if (!first)
             first = ec;
@@ -164,8 +178,9 @@ void installHandler(Prompter& prompter, const std::string& appPath) {
             Buttons::YesNoCancel) != Answer::Yes)
         return;
     // As with any registration, the outcome is not reported: "Done." follows regardless.
-    static_cast<void>(
-        installDesktopIntegration(appDataFolder(), appPath + std::string(kProgramName)));
+    static_cast<void>(installDesktopIntegration(appDataFolder(),
+                                                appPath + std::string(kProgramName),
+                                                {.nautilus = nautilusModuleInstalled(appPath)}));
     prompter.message("Done.", kProgramTitle, Buttons::Ok, Icon::None);
 }
 

@@ -116,4 +116,14 @@ TEST_F(HandlerInstallTest, TheDesktopEntryStartsTheProgramWhateverItsFolderIsCal
     EXPECT_EQ(readFileBytes(calls), program + "|" + target + "|");
 }
 
+// GNOME Files' module has "Edit description" on its menus: its script would add a second.
+TEST_F(HandlerInstallTest, WithTheGnomeFilesModuleNoScriptIsAddedAndAnOldOneGoes) {
+    ASSERT_FALSE(installDesktopIntegration(data.path(), "/usr/bin/veskor"));
+    ASSERT_FALSE(file(kScript).empty());
+    ASSERT_FALSE(installDesktopIntegration(data.path(), "/usr/bin/veskor", {.nautilus = true}));
+    EXPECT_EQ(file(kScript), "");
+    EXPECT_FALSE(file(kEntry).empty());
+    EXPECT_FALSE(file(kServiceMenu).empty());
+}
+
 }  // namespace

@@ -1,0 +1,115 @@
+#include "cli/folder_descriptions.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "core/load_sequence.h"
+#include "core/paths.h"
+#include "platform/code_page.h"
+#include "platform/files.h"
+#include "stores/descript_ion.h"
+
+namespace {
+
+constexpr std::string_view kExportedSuffix = ".DESCRIPTION";
+
+bool isExportedFileName(std::string_view name) {
+    return name.size() > kExportedSuffix.size() &&
+           upperCase(name.substr(name.size() - kExportedSuffix.size())) == kExportedSuffix;
+}
+
+}  // namespace
+
+FileSignature FileSignature::of(const std::string& path) {
+    struct stat st {};
+    if (path.empty() || ::stat(path.c_str(), &st) != 0)
+        return {};
+    return {true, st.st_dev, st.st_ino, st.st_size,
+            std::int64_t{st.st_mtim.tv_sec} * 1'000'000'000 + st.st_mtim.tv_nsec};
+}
+
+FolderDescriptions::FolderDescriptions(DataPaths data)
+    : m_data(std::move(data)), m_failsafeFile(m_data.failsafeDBpath + "ver1.7.dat") {}
+
+ItemDescription FolderDescriptions::describe(const std::string& path) {
+    return std::move(describe(std::vector<std::string>{path}).front());
+}
+
+std::vector<ItemDescription> FolderDescriptions::describe(const std::vector<std::string>& paths) {
+    std::vector<ItemDescription> items(paths.size());
+    std::lock_guard lock(m_mutex);
+    refreshFailsafe();
+    // A folder's shared files are checked once for each run of its items.
+    std::string_view current;
+    Folder* folder = nullptr;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (!folder || folderOf(paths[i]) != current) {
+            current = folderOf(paths[i]);
+            folder = &readerFor(std::string(current));
+        }
+        items[i] = describeIn(*folder, paths[i]);
+    }
+    return items;
+}
+
+ItemDescription FolderDescriptions::describeIn(Folder& folder, const std::string& path) {
+    const std::string_view name = lastComponent(path);
+    // Another item's exported file: opening it would open that item.
+    struct stat st {};
+    if (name.empty() || isExportedFileName(name) || ::lstat(path.c_str(), &st) != 0)
+        return {};
+    auto target = m_checker.pathsOf(path, S_ISLNK(st.st_mode), m_data);
+    if (!target)
+        return {};
+    FoundDescription found =
+        findDescription(*target, m_failsafe->file(), *folder.reader, CommentCheck::Skip);
+    return {printedText(found), std::move(found.status)};
+}
+
+// A changed database is scanned again, and every folder's reader, which holds the old
+// scan, is filled again.
+void FolderDescriptions::refreshFailsafe() {
+    FileSignature now = FileSignature::of(m_failsafeFile);
+    if (m_failsafe && now == m_failsafeSeen)
+        return;
+    m_folders.clear();
+    m_failsafeSeen = now;
+    m_failsafe = std::make_unique<FailsafeScan>(m_failsafeFile, "/");
+}
+
+FolderDescriptions::Folder& FolderDescriptions::readerFor(const std::string& path) {
+    auto [it, added] = m_folders.try_emplace(path);
+    Folder& folder = it->second;
+    folder.lastUse = ++m_uses;
+    // A new or removed entry (an exported file, a descript.ion, an index replaced
+    // through a temporary file) changes the folder itself.
+    FileSignature now = FileSignature::of(path);
+    if (!added && now == folder.folder &&
+        FileSignature::of(path + "00_index.txt") == folder.index &&
+        FileSignature::of(folder.descriptIonPath) == folder.descriptIon)
+        return folder;
+    std::vector<FolderItem> items;
+    std::vector<std::string> names;
+    if (!readFolder(path, items)) {
+        for (FolderItem& item : items)
+            names.push_back(std::move(item.name));
+    }
+    folder.folder = now;
+    folder.index = FileSignature::of(path + "00_index.txt");
+    folder.descriptIonPath = descriptIonFile(path);
+    folder.descriptIon = FileSignature::of(folder.descriptIonPath);
+    folder.reader = std::make_unique<BatchReader>(*m_failsafe, false);
+    folder.reader->enterFolder(path, names);
+    if (added && m_folders.size() > kFoldersKept)
+        dropLeastRecent();
+    return folder;
+}
+
+void FolderDescriptions::dropLeastRecent() {
+    auto oldest = std::min_element(m_folders.begin(), m_folders.end(), [](auto& a, auto& b) {
+        return a.second.lastUse < b.second.lastUse;
+    });
+    m_folders.erase(oldest);
+}

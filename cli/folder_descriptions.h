@@ -1,0 +1,76 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "cli/batch_reader.h"
+#include "cli/session.h"
+
+// The description of one item at a time, as a file manager asks for it: exactly what
+// `ls` shows for the item, read through the listings' reader. A folder's index, its
+// descript.ion and its names are read once, and the failsafe database is scanned once,
+// for every item asked about; each is read again only after it changed (another
+// modification time, size or file). Safe to call from any thread; calls take turns.
+
+struct ItemDescription {
+    std::string text;    // LF breaks, as `get` prints it, without the final one; "" for none
+    std::string status;  // "Loaded from NTFS"...; "" when no store answered
+};
+
+// What tells that a file changed: its identity, size and modification time.
+struct FileSignature {
+    bool exists = false;
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    std::int64_t modified = 0;  // nanoseconds
+
+    static FileSignature of(const std::string& path);
+    bool operator==(const FileSignature&) const = default;
+};
+
+class FolderDescriptions {
+public:
+    explicit FolderDescriptions(DataPaths data);
+
+    // The item at `path`, an absolute path without a trailing "/". An exported
+    // description file, a name the editor refuses or an item that cannot be read has
+    // none.
+    ItemDescription describe(const std::string& path);
+
+    // The same for many items at once, in their order; each folder's shared files are
+    // checked for changes once for them all.
+    std::vector<ItemDescription> describe(const std::vector<std::string>& paths);
+
+    // Folders whose shared files are kept at most; the least recently asked goes first.
+    static constexpr std::size_t kFoldersKept = 16;
+
+private:
+    // One folder's reader and what its shared files looked like when it was filled.
+    struct Folder {
+        FileSignature folder, index, descriptIon;
+        std::string descriptIonPath;  // "" when the folder had none
+        std::unique_ptr<BatchReader> reader;
+        std::uint64_t lastUse = 0;
+    };
+
+    Folder& readerFor(const std::string& folder);
+    ItemDescription describeIn(Folder& folder, const std::string& path);
+    void refreshFailsafe();
+    void dropLeastRecent();
+
+    DataPaths m_data;
+    std::string m_failsafeFile;
+    std::mutex m_mutex;
+    EntryChecker m_checker;
+    FileSignature m_failsafeSeen;
+    std::unique_ptr<FailsafeScan> m_failsafe;
+    std::unordered_map<std::string, Folder> m_folders;
+    std::uint64_t m_uses = 0;
+};

@@ -1,0 +1,115 @@
+// A file manager asks about one item at a time and must see what `ls` shows, also after
+// a store shared by the folder's items changed.
+#include "cli/folder_descriptions.h"
+
+#include <unistd.h>
+
+#include "platform/code_page.h"
+#include "platform/xattr.h"
+#include "tests/cli_fixture.h"
+
+namespace {
+
+class FolderDescriptionsTest : public CliFixture {
+protected:
+    DataPaths dataPaths() {
+        std::istringstream in;
+        Session session(program_.path(), {in, out_, err_});
+        EXPECT_TRUE(session.start());
+        return session.state.data;
+    }
+    void appendFailsafeRecord(const std::string& path, const std::string& line) {
+        const std::string key = upperCase(path);
+        writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) +
+                                           "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + line +
+                                           "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n");
+    }
+};
+
+TEST_F(FolderDescriptionsTest, EachItemReadsAsGetLoadsIt) {
+    for (const char* name : {"plain.txt", "exported.txt", "indexed.txt", "failsafe.txt", "ion.txt",
+                             "caf\xE9.txt", "none.txt"})
+        docs_.write(name, "x");
+    describe(docs_ / "plain.txt", "First line\nsecond line");
+    describe(docs_ / "caf\xE9.txt", "A Latin-1 name");
+    docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
+    writeFileBytes(docs_ / "00_index.txt",
+                   readFileBytes(docs_ / "00_index.txt") + "indexed.txt  Indexed\r\n");
+    appendFailsafeRecord(docs_ / "failsafe.txt", "In the failsafe");
+    docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
+
+    FolderDescriptions reader(dataPaths());
+    for (const char* name : {"plain.txt", "exported.txt", "indexed.txt", "failsafe.txt", "ion.txt",
+                             "caf\xE9.txt", "none.txt"}) {
+        SCOPED_TRACE(name);
+        const std::string path = docs_ / name;
+        ItemDescription item = reader.describe(path);
+        const std::string printed = get(path);
+        EXPECT_EQ(item.text.empty() ? "(none)" : item.text + "\n", printed);
+        EXPECT_EQ(item.status + "\n", item.text.empty() ? "\n" : err_.str());
+    }
+    EXPECT_EQ(reader.describe(docs_ / "exported.txt.description").text, "")
+        << "an exported file is a store, not an item";
+}
+
+// Each shared store changes after the folder was first read; the next question sees it.
+TEST_F(FolderDescriptionsTest, ChangedSharedStoresAreReadAgain) {
+    const std::string indexed = docs_.write("indexed.txt", "x");
+    const std::string ion = docs_.write("ion.txt", "x");
+    const std::string exported = docs_.write("exported.txt", "x");
+    const std::string failsafe = docs_.write("failsafe.txt", "x");
+    docs_.write("00_index.txt", "other.txt    Other\r\n");
+    FolderDescriptions reader(dataPaths());
+    for (const std::string& path : {indexed, ion, exported, failsafe})
+        ASSERT_EQ(reader.describe(path).text, "");
+
+    const struct {
+        const char* store;
+        std::function<void()> change;
+        std::string path, text;
+    } rows[] = {
+        {"index rewritten in place",
+         [&] { docs_.write("00_index.txt", "indexed.txt  Now indexed\r\n"); }, indexed,
+         "Now indexed"},
+        {"descript.ion added", [&] { docs_.write("DESCRIPT.ION", "ion.txt New entry\r\n"); }, ion,
+         "New entry"},
+        {"exported file added", [&] { docs_.write("exported.txt.description", "Exported\r\n"); },
+         exported, "Exported"},
+        {"failsafe record added", [&] { appendFailsafeRecord(failsafe, "Saved late"); }, failsafe,
+         "Saved late"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.store);
+        row.change();
+        EXPECT_EQ(reader.describe(row.path).text, row.text);
+    }
+}
+
+TEST_F(FolderDescriptionsTest, WhatCannotBeReadHasNoDescription) {
+    const std::string gone = docs_.write("gone.txt", "x");
+    describe(gone, "Soon gone");
+    FolderDescriptions reader(dataPaths());
+    ASSERT_EQ(reader.describe(gone).text, "Soon gone");
+    ASSERT_EQ(::unlink(gone.c_str()), 0);
+    EXPECT_EQ(reader.describe(gone).text, "");
+    EXPECT_EQ(reader.describe(docs_ / "no folder/file.txt").text, "");
+    EXPECT_EQ(reader.describe("/").text, "");
+}
+
+// Many folders in turn: the reader keeps a bounded number and still answers for all.
+TEST_F(FolderDescriptionsTest, ManyFoldersInTurn) {
+    FolderDescriptions reader(dataPaths());
+    const std::size_t count = FolderDescriptions::kFoldersKept + 4;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string folder = "f" + std::to_string(i) + "/";
+        docs_.write(folder + "a.txt", "x");
+        docs_.write(folder + "00_index.txt", "a.txt        Folder " + std::to_string(i) + "\r\n");
+    }
+    for (int pass = 0; pass < 2; ++pass) {
+        for (std::size_t i = 0; i < count; ++i)
+            EXPECT_EQ(reader.describe(docs_ / ("f" + std::to_string(i) + "/a.txt")).text,
+                      "Folder " + std::to_string(i));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+#include "filemanager/description_watch.h"
+
+#include <algorithm>
+
+#include "filemanager/glib_adapter.h"
+#include "platform/code_page.h"
+
+namespace {
+
+constexpr std::string_view kExportedSuffix = ".DESCRIPTION";
+// A save touches several files within a moment: the items are handed over once after it.
+constexpr guint kSettleMs = 150;
+// Folders watched at most; the one asked about least recently goes first.
+constexpr std::size_t kFoldersWatched = 64;
+
+std::string taken(char* text) {
+    std::string copy = text ? text : "";
+    g_free(text);
+    return copy;
+}
+
+}  // namespace
+
+DescriptionWatch::DescriptionWatch(Stale stale) : m_stale(std::move(stale)) {}
+
+DescriptionWatch::~DescriptionWatch() {
+    if (m_handOver)
+        g_source_remove(m_handOver);
+    for (auto& [path, folder] : m_folders)
+        g_object_unref(folder.monitor);
+    if (m_failsafe)
+        g_object_unref(m_failsafe);
+}
+
+void DescriptionWatch::asked(GFile* item) {
+    GFile* parent = g_file_get_parent(item);
+    const std::string folderPath = parent ? taken(g_file_get_path(parent)) : "";
+    const std::string name = taken(g_file_get_basename(item));
+    if (folderPath.empty() || name.empty()) {
+        g_clear_object(&parent);
+        return;
+    }
+    if (!m_failsafe) {
+        GFile* database = g_file_new_for_path(failsafeDatabase().c_str());
+        m_failsafe = g_file_monitor_file(database, G_FILE_MONITOR_WATCH_MOVES, nullptr, nullptr);
+        g_object_unref(database);
+        if (m_failsafe)
+            g_signal_connect(m_failsafe, "changed", G_CALLBACK(onFailsafeChanged), this);
+    }
+    auto [it, added] = m_folders.try_emplace(folderPath);
+    if (added) {
+        it->second.monitor =
+            g_file_monitor_directory(parent, G_FILE_MONITOR_WATCH_MOVES, nullptr, nullptr);
+        if (it->second.monitor)
+            g_signal_connect(it->second.monitor, "changed", G_CALLBACK(onFolderChanged), this);
+    }
+    g_object_unref(parent);
+    if (!it->second.monitor) {
+        m_folders.erase(it);
+        return;
+    }
+    it->second.names.insert(name);
+    it->second.lastUse = ++m_uses;
+    if (added && m_folders.size() > kFoldersWatched)
+        dropLeastRecent();
+}
+
+void DescriptionWatch::dropLeastRecent() {
+    auto oldest = std::min_element(m_folders.begin(), m_folders.end(), [](auto& a, auto& b) {
+        return a.second.lastUse < b.second.lastUse;
+    });
+    g_object_unref(oldest->second.monitor);
+    m_folders.erase(oldest);
+}
+
+void DescriptionWatch::onFolderChanged(GFileMonitor*, GFile* child, GFile* other,
+                                       GFileMonitorEvent event, gpointer self) {
+    if (event == G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
+        return;
+    auto* watch = static_cast<DescriptionWatch*>(self);
+    // A store replaced through a temporary file arrives under its own name.
+    for (GFile* file : {child, other}) {
+        if (!file)
+            continue;
+        GFile* parent = g_file_get_parent(file);
+        if (!parent)
+            continue;
+        watch->folderChanged(taken(g_file_get_path(parent)), taken(g_file_get_basename(file)));
+        g_object_unref(parent);
+    }
+}
+
+void DescriptionWatch::onFailsafeChanged(GFileMonitor*, GFile*, GFile*, GFileMonitorEvent event,
+                                         gpointer self) {
+    if (event == G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
+        return;
+    auto* watch = static_cast<DescriptionWatch*>(self);
+    for (auto& [path, folder] : watch->m_folders)
+        folder.allStale = true;
+    watch->scheduleHandOver();
+}
+
+void DescriptionWatch::folderChanged(const std::string& folderPath, const std::string& name) {
+    auto it = m_folders.find(folderPath);
+    if (it == m_folders.end())
+        return;
+    Folder& folder = it->second;
+    const std::string upper = upperCase(name);
+    if (upper == "00_INDEX.TXT" || upper == "DESCRIPT.ION") {
+        folder.allStale = true;
+    } else if (upper.size() > kExportedSuffix.size() && upper.ends_with(kExportedSuffix)) {
+        std::string described = name.substr(0, name.size() - kExportedSuffix.size());
+        if (folder.names.contains(described))
+            folder.stale.insert(std::move(described));
+    } else {
+        return;
+    }
+    scheduleHandOver();
+}
+
+void DescriptionWatch::scheduleHandOver() {
+    if (!m_handOver)
+        m_handOver = g_timeout_add(kSettleMs, handOver, this);
+}
+
+gboolean DescriptionWatch::handOver(gpointer self) {
+    auto* watch = static_cast<DescriptionWatch*>(self);
+    watch->m_handOver = 0;
+    for (auto& [path, folder] : watch->m_folders) {
+        const auto& names = folder.allStale ? folder.names : folder.stale;
+        for (const std::string& name : names) {
+            GFile* item = g_file_new_build_filename(path.c_str(), name.c_str(), nullptr);
+            watch->m_stale(item);
+            g_object_unref(item);
+        }
+        folder.allStale = false;
+        folder.stale.clear();
+    }
+    return G_SOURCE_REMOVE;
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+// Watches the folders of the items asked about, and the failsafe database. When a
+// folder's index or descript.ion changes, each item asked about in that folder is
+// handed to `stale`; when NAME.description changes, the item NAME; when the database
+// changes, every item asked about. Changes close together are handed over once.
+// Main context only.
+class DescriptionWatch {
+public:
+    using Stale = std::function<void(GFile* item)>;
+    explicit DescriptionWatch(Stale stale);
+    ~DescriptionWatch();
+    DescriptionWatch(const DescriptionWatch&) = delete;
+    DescriptionWatch& operator=(const DescriptionWatch&) = delete;
+
+    // The item was asked about: watch its folder from now on.
+    void asked(GFile* item);
+
+private:
+    struct Folder {
+        GFileMonitor* monitor = nullptr;
+        std::unordered_set<std::string> names;  // asked about
+        std::unordered_set<std::string> stale;  // waiting to be handed over
+        bool allStale = false;
+        std::uint64_t lastUse = 0;
+    };
+
+    static void onFolderChanged(GFileMonitor*, GFile* child, GFile*, GFileMonitorEvent event,
+                                gpointer self);
+    static void onFailsafeChanged(GFileMonitor*, GFile*, GFile*, GFileMonitorEvent event,
+                                  gpointer self);
+    static gboolean handOver(gpointer self);
+    void folderChanged(const std::string& folder, const std::string& name);
+    void scheduleHandOver();
+    void dropLeastRecent();
+
+    Stale m_stale;
+    GFileMonitor* m_failsafe = nullptr;
+    std::unordered_map<std::string, Folder> m_folders;
+    guint m_handOver = 0;
+    std::uint64_t m_uses = 0;
+};

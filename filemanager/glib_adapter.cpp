@@ -1,0 +1,198 @@
+#include "filemanager/glib_adapter.h"
+
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "core/startup.h"
+#include "platform/environment.h"
+
+namespace {
+
+struct Owned {
+    void operator()(gpointer p) const { g_free(p); }
+};
+using GlibText = std::unique_ptr<char, Owned>;
+
+std::string pathOf(GFile* file) {
+    GlibText path(g_file_get_path(file));
+    return path ? std::string(path.get()) : std::string();
+}
+
+// One request of the file manager's, from the main context that made it.
+struct ReadRequest {
+    ReadRequest(std::string itemPath, DescriptionReady whenReady, GCancellable* cancel)
+        : path(std::move(itemPath)),
+          ready(std::move(whenReady)),
+          cancellable(cancel ? G_CANCELLABLE(g_object_ref(cancel)) : nullptr),
+          context(g_main_context_ref_thread_default()) {}
+    ~ReadRequest() {
+        g_clear_object(&cancellable);
+        g_main_context_unref(context);
+    }
+    ReadRequest(const ReadRequest&) = delete;
+    ReadRequest& operator=(const ReadRequest&) = delete;
+
+    bool cancelled() const { return cancellable && g_cancellable_is_cancelled(cancellable); }
+
+    std::string path;
+    DescriptionReady ready;
+    GCancellable* cancellable;
+    GMainContext* context;
+    ItemDescription item;
+};
+
+using Batch = std::vector<std::unique_ptr<ReadRequest>>;
+
+// The answers of one batch go back to their main context together.
+gboolean deliver(gpointer data) {
+    for (auto& request : *static_cast<Batch*>(data)) {
+        const bool cancelled = request->cancelled();
+        request->ready(cancelled ? ItemDescription() : request->item, cancelled);
+    }
+    return G_SOURCE_REMOVE;
+}
+
+void deliverLater(Batch batch) {
+    // Requests come from one main context in practice; any others get their own turn.
+    while (!batch.empty()) {
+        GMainContext* context = batch.front()->context;
+        auto* same = new Batch;
+        std::erase_if(batch, [&](std::unique_ptr<ReadRequest>& request) {
+            if (request->context != context)
+                return false;
+            same->push_back(std::move(request));
+            return true;
+        });
+        g_main_context_invoke_full(context, G_PRIORITY_DEFAULT, deliver, same,
+                                   [](gpointer done) { delete static_cast<Batch*>(done); });
+    }
+}
+
+// One worker reads every request, taking whatever has queued up as one batch: the
+// folder's shared files are then checked once for all of a folder's items.
+class ReadQueue {
+public:
+    void push(std::unique_ptr<ReadRequest> request) {
+        std::lock_guard lock(m_mutex);
+        if (!m_started && !start()) {
+            Batch alone;
+            alone.push_back(std::move(request));
+            deliverLater(std::move(alone));
+            return;
+        }
+        m_queue.push_back(std::move(request));
+        m_ready.notify_one();
+    }
+
+private:
+    bool start() {
+        try {
+            std::thread(&ReadQueue::run, this).detach();
+            m_started = true;
+        } catch (const std::system_error&) {
+            // No thread to read on: the cells stay empty rather than block the window.
+        }
+        return m_started;
+    }
+
+    [[noreturn]] void run() {
+        for (;;) {
+            Batch batch;
+            {
+                std::unique_lock lock(m_mutex);
+                m_ready.wait(lock, [this] { return !m_queue.empty(); });
+                batch.swap(m_queue);
+            }
+            read(batch);
+            deliverLater(std::move(batch));
+        }
+    }
+
+    static void read(Batch& batch) {
+        std::vector<std::string> paths;
+        std::vector<ReadRequest*> asked;
+        for (auto& request : batch) {
+            if (!request->cancelled() && !request->path.empty()) {
+                paths.push_back(request->path);
+                asked.push_back(request.get());
+            }
+        }
+        try {
+            std::vector<ItemDescription> items = sharedDescriptions().describe(paths);
+            for (std::size_t i = 0; i < asked.size(); ++i)
+                asked[i]->item = std::move(items[i]);
+        } catch (...) {
+            // Out of memory or a fault in a store: the cells stay empty.
+        }
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_ready;
+    Batch m_queue;
+    bool m_started = false;
+};
+
+// The editor's folder; the data folder is found from it as the editor finds it.
+std::string editorFolder() {
+    GlibText found(g_find_program_in_path("veskor"));
+    if (!found)
+        return "/usr/bin/";
+    GlibText folder(g_path_get_dirname(found.get()));
+    return std::string(folder.get()) + "/";
+}
+
+DataPaths dataPaths() {
+    SharedState state;
+    SilentPrompter silent;
+    StartupWindow noWindow;
+    (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
+    return state.data;
+}
+
+}  // namespace
+
+FolderDescriptions& sharedDescriptions() {
+    static FolderDescriptions descriptions(dataPaths());
+    return descriptions;
+}
+
+std::string failsafeDatabase() {
+    static const std::string file = dataPaths().failsafeDBpath + "ver1.7.dat";
+    return file;
+}
+
+void readDescriptionAsync(GFile* item, GCancellable* cancellable, DescriptionReady ready) {
+    // Made once and never destroyed: its thread may still read while the process ends.
+    static auto* queue = new ReadQueue;
+    queue->push(std::make_unique<ReadRequest>(pathOf(item), std::move(ready), cancellable));
+}
+
+std::string displayText(const std::string& text) {
+    GlibText valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+    return valid ? std::string(valid.get()) : std::string();
+}
+
+std::string columnText(const ItemDescription& item) {
+    return displayText(item.text.substr(0, item.text.find('\n')));
+}
+
+bool startEditor(GFile* item) {
+    const std::string path = pathOf(item);
+    const char* chosen = std::getenv("VESKOR_EDITOR_PROGRAM");
+    const std::string program = chosen && *chosen ? chosen : "veskor";
+    if (path.empty())
+        return false;
+    char* argv[] = {const_cast<char*>(program.c_str()), const_cast<char*>(path.c_str()), nullptr};
+    // Without a request to reap it, GLib leaves nothing behind: the editor lives on its own.
+    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
+                                                G_SPAWN_STDERR_TO_DEV_NULL);
+    GError* error = nullptr;
+    const bool started =
+        g_spawn_async(nullptr, argv, nullptr, flags, nullptr, nullptr, nullptr, &error);
+    g_clear_error(&error);
+    return started;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "cli/folder_descriptions.h"
+
+// What every GLib-based file-manager module shares: the descriptions read on a worker
+// thread and handed back on the calling thread's main context, the editor started
+// detached on an item, and the watch that tells which items show a stale description
+// after a store shared by several items changed. A module is a thin adapter of its
+// library's calls over these. Nothing here throws, blocks the main context on a file,
+// or shows a message: a file manager dies with its extensions.
+
+// Called on the main context of the thread that asked; `cancelled` when the caller's
+// cancellable was cancelled meanwhile (the answer is then empty).
+using DescriptionReady = std::function<void(const ItemDescription& item, bool cancelled)>;
+
+// Reads the description of the local item on a worker thread. Items that are not
+// local files (no path) answer empty at once, on the main context as well.
+void readDescriptionAsync(GFile* item, GCancellable* cancellable, DescriptionReady ready);
+
+// The description's first line, valid UTF-8 whatever the stores held.
+[[nodiscard]] std::string columnText(const ItemDescription& item);
+
+// Valid UTF-8 for display.
+[[nodiscard]] std::string displayText(const std::string& text);
+
+// Starts the editor on the item, detached; false when it could not be started. The
+// program is `veskor` on the PATH, or the one that VESKOR_EDITOR_PROGRAM names.
+bool startEditor(GFile* item);
+
+// The reader that every module of the process shares, made on first use from the
+// user's data folder as the editor finds it.
+FolderDescriptions& sharedDescriptions();
+
+// The failsafe database of that data folder.
+[[nodiscard]] std::string failsafeDatabase();

@@ -1,0 +1,107 @@
+#include "filemanager/module_host.h"
+
+#include <gmodule.h>
+
+#include <iostream>
+
+extern "C" {
+#include <nautilus-extension.h>
+}
+
+namespace {
+
+using Initialize = void (*)(GTypeModule*);
+using ListTypes = void (*)(const GType**, int*);
+
+std::string g_path;
+std::vector<GObject*> g_providers;
+
+gboolean loadModule(GTypeModule* typeModule) {
+    GModule* library = g_module_open(g_path.c_str(), G_MODULE_BIND_LAZY);
+    gpointer initialize = nullptr, listTypes = nullptr;
+    if (!library || !g_module_symbol(library, "nautilus_module_initialize", &initialize) ||
+        !g_module_symbol(library, "nautilus_module_list_types", &listTypes)) {
+        std::cerr << g_module_error() << '\n';
+        return FALSE;
+    }
+    reinterpret_cast<Initialize>(initialize)(typeModule);
+    const GType* types = nullptr;
+    int count = 0;
+    reinterpret_cast<ListTypes>(listTypes)(&types, &count);
+    for (int i = 0; i < count; ++i)
+        g_providers.push_back(G_OBJECT(g_object_new(types[i], nullptr)));
+    return TRUE;
+}
+
+GType hostModuleType() {
+    static const GType type = [] {
+        auto initClass = [](gpointer klass, gpointer) {
+            G_TYPE_MODULE_CLASS(klass)->load = loadModule;
+            G_TYPE_MODULE_CLASS(klass)->unload = [](GTypeModule*) {};
+        };
+        const GTypeInfo info = {
+            sizeof(GTypeModuleClass), nullptr, nullptr, initClass, nullptr, nullptr,
+            sizeof(GTypeModule),      0,       nullptr, nullptr};
+        return g_type_register_static(G_TYPE_TYPE_MODULE, "HostModule", &info, GTypeFlags(0));
+    }();
+    return type;
+}
+
+void completed(NautilusInfoProvider*, gpointer, NautilusOperationResult, gpointer count) {
+    ++*static_cast<std::size_t*>(count);
+}
+
+}  // namespace
+
+bool loadNautilusModule(const std::string& path) {
+    if (!g_providers.empty())
+        return true;
+    g_path = path;
+    testFileInfoType();
+    return g_type_module_use(G_TYPE_MODULE(g_object_new(hostModuleType(), nullptr)));
+}
+
+GObject* moduleProvider(GType interfaceType) {
+    for (GObject* object : g_providers) {
+        if (G_TYPE_CHECK_INSTANCE_TYPE(object, interfaceType))
+            return object;
+    }
+    return nullptr;
+}
+
+bool runUntil(const std::function<bool()>& done, int seconds) {
+    const gint64 deadline = g_get_monotonic_time() + seconds * G_USEC_PER_SEC;
+    while (!done() && g_get_monotonic_time() < deadline) {
+        if (!g_main_context_iteration(nullptr, FALSE))
+            g_usleep(500);
+    }
+    return done();
+}
+
+bool updateFileInfo(const std::vector<TestFileInfo*>& items, int seconds) {
+    auto* provider = NAUTILUS_INFO_PROVIDER(moduleProvider(NAUTILUS_TYPE_INFO_PROVIDER));
+    std::size_t completions = 0;
+    GClosure* complete = g_cclosure_new(G_CALLBACK(completed), &completions, nullptr);
+    g_closure_set_marshal(complete, g_cclosure_marshal_generic);
+    g_closure_ref(complete);
+    g_closure_sink(complete);
+    bool inProgress = true;
+    for (TestFileInfo* item : items) {
+        NautilusOperationHandle* handle = nullptr;
+        inProgress =
+            nautilus_info_provider_update_file_info(provider, NAUTILUS_FILE_INFO(item), complete,
+                                                    &handle) == NAUTILUS_OPERATION_IN_PROGRESS &&
+            inProgress;
+    }
+    const bool done = runUntil([&] { return completions == items.size(); }, seconds);
+    g_closure_unref(complete);
+    return inProgress && done;
+}
+
+std::string columnValue(TestFileInfo* item) {
+    char* value =
+        nautilus_file_info_get_string_attribute(NAUTILUS_FILE_INFO(item), "veskor_description");
+    std::string text = value ? value : "(not set)";
+    g_free(value);
+    return text;
+}

@@ -1,0 +1,226 @@
+// The GNOME Files module loaded as the file manager loads it, its providers driven with
+// stand-in file objects on real files with real stores.
+#include <gio/gio.h>
+#include <gtest/gtest.h>
+extern "C" {
+#include <nautilus-extension.h>
+}
+
+#include <unistd.h>
+
+#include <functional>
+#include <sstream>
+
+#include "cli/cli.h"
+#include "filemanager/module_host.h"
+#include "platform/code_page.h"
+#include "tests/temp_dir.h"
+
+namespace {
+
+// The loaded module's provider of the interface.
+template <typename Interface>
+Interface* provider(GType interfaceType) {
+    return reinterpret_cast<Interface*>(moduleProvider(interfaceType));
+}
+
+class NautilusModuleTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        home_ = new TempHome;
+        program_ = new TempDir;
+        recorder_ = program_->write("recorder",
+                                    "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.args.tmp\" "
+                                    "&& mv \"$0.args.tmp\" \"$0.args\"\n");
+        ASSERT_EQ(::chmod(recorder_.c_str(), 0755), 0);
+        g_setenv("VESKOR_EDITOR_PROGRAM", recorder_.c_str(), TRUE);
+        ASSERT_TRUE(loadNautilusModule(VESKOR_NAUTILUS_MODULE));
+    }
+
+    int cli(const std::vector<std::string>& args) {
+        std::istringstream in;
+        out_.str("");
+        err_.str("");
+        return runCli(args, program_->path(), {in, out_, err_, false});
+    }
+    void describe(const std::string& path, const std::string& text) {
+        ASSERT_EQ(cli({"set", path, text}), 0) << err_.str();
+    }
+    std::string failsafeFile() const {
+        return home_->dataHome() + "/Kelvane/Veskor/failsafe db/ver1.7.dat";
+    }
+    std::string firstLineOfGet(const std::string& path) {
+        if (cli({"get", path}) != 0)
+            return "";
+        const std::string text = out_.str();
+        return text.substr(0, text.find('\n'));
+    }
+
+    // What the info provider gives the column for the item, after it completed.
+    std::string column(TestFileInfo* info) {
+        EXPECT_TRUE(updateFileInfo({info})) << "answered on the main thread, or never";
+        return columnValue(info);
+    }
+    std::string column(const std::string& path) {
+        TestFileInfo* info = newTestFileInfo(path);
+        std::string value = column(info);
+        g_object_unref(info);
+        return value;
+    }
+
+    static inline TempHome* home_ = nullptr;
+    static inline TempDir* program_ = nullptr;
+    static inline std::string recorder_;
+    TempDir docs_;
+    std::ostringstream out_, err_;
+};
+
+TEST_F(NautilusModuleTest, ColumnShowsTheFirstLineThatGetPrints) {
+    auto* columns = provider<NautilusColumnProvider>(NAUTILUS_TYPE_COLUMN_PROVIDER);
+    ASSERT_NE(columns, nullptr);
+    GList* list = nautilus_column_provider_get_columns(columns);
+    ASSERT_EQ(g_list_length(list), 1u);
+    char *id = nullptr, *attribute = nullptr, *label = nullptr;
+    g_object_get(list->data, "name", &id, "attribute", &attribute, "label", &label, nullptr);
+    EXPECT_STREQ(id, "veskor_description");
+    EXPECT_STREQ(attribute, "veskor_description");
+    EXPECT_STREQ(label, "Description");
+    for (char* text : {id, attribute, label})
+        g_free(text);
+    g_list_free_full(list, g_object_unref);
+
+    const std::vector<std::string> names = {"stream.txt",   "exported.txt", "indexed.txt",
+                                            "failsafe.txt", "ion.txt",      "caf\xE9.txt",
+                                            "none.txt"};
+    for (const std::string& name : names)
+        docs_.write(name, "x");
+    describe(docs_ / "stream.txt", "Two\nlines");
+    describe(docs_ / "caf\xE9.txt", "A Latin-1 name");
+    docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
+    docs_.write("00_index.txt", readFileBytes(docs_ / "00_index.txt") + "indexed.txt  Indexed\r\n");
+    const std::string key = upperCase(docs_ / "failsafe.txt");
+    writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) + "Veskor failsafe DB 1.7 BEGIN " +
+                                       key + "\r\nIn the failsafe\r\nVeskor failsafe DB 1.7 END " +
+                                       key + "\r\n");
+    docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        const std::string expected = firstLineOfGet(docs_ / name);
+        EXPECT_EQ(column(docs_ / name), expected);
+        EXPECT_EQ(name == "none.txt", expected.empty());
+    }
+    EXPECT_EQ(column(docs_ / "exported.txt.description"), "");
+}
+
+// The item was listed, then went before its description was read.
+TEST_F(NautilusModuleTest, AnItemGoneBeforeReadingHasAnEmptyCell) {
+    const std::string path = docs_.write("gone.txt", "x");
+    describe(path, "Soon gone");
+    TestFileInfo* info = newTestFileInfo(path);
+    ASSERT_EQ(::unlink(path.c_str()), 0);
+    EXPECT_EQ(column(info), "");
+    g_object_unref(info);
+}
+
+// A save that changes only the folder's index or an exported file leaves the item
+// itself untouched: the module tells the file manager that the item is stale.
+TEST_F(NautilusModuleTest, StoresSharedByTheFolderMakeTheirItemsStale) {
+    const std::string indexed = docs_.write("indexed.txt", "x");
+    const std::string exported = docs_.write("exported.txt", "x");
+    TestFileInfo* indexedInfo = newTestFileInfo(indexed);
+    TestFileInfo* exportedInfo = newTestFileInfo(exported);
+    ASSERT_EQ(column(indexedInfo), "");
+    ASSERT_EQ(column(exportedInfo), "");
+
+    docs_.write("00_index.txt", "indexed.txt  Indexed now\r\n");
+    EXPECT_TRUE(runUntil([&] { return indexedInfo->invalidations > 0; }));
+    EXPECT_EQ(column(indexedInfo), "Indexed now");
+
+    const int before = indexedInfo->invalidations;
+    docs_.write("exported.txt.description", "Exported now\r\n");
+    EXPECT_TRUE(runUntil([&] { return exportedInfo->invalidations > 0; }));
+    EXPECT_EQ(column(exportedInfo), "Exported now");
+    EXPECT_EQ(indexedInfo->invalidations, before) << "another item's exported file";
+    g_object_unref(indexedInfo);
+    g_object_unref(exportedInfo);
+}
+
+TEST_F(NautilusModuleTest, EditDescriptionStartsTheEditorOnTheItem) {
+    auto* menus = provider<NautilusMenuProvider>(NAUTILUS_TYPE_MENU_PROVIDER);
+    ASSERT_NE(menus, nullptr);
+    TestFileInfo* file = newTestFileInfo(docs_.write("a file.txt", "x"));
+    TestFileInfo* other = newTestFileInfo(docs_.write("other.txt", "x"));
+    TestFileInfo* folder = newTestFileInfo(docs_.path().substr(0, docs_.path().size() - 1));
+    const std::string args = recorder_ + ".args";
+
+    GList* both = g_list_append(g_list_append(nullptr, file), other);
+    EXPECT_EQ(nautilus_menu_provider_get_file_items(menus, both), nullptr) << "one item at a time";
+    const struct {
+        const char* menu;
+        GList* items;
+        std::string path;
+    } rows[] = {
+        {"item", nautilus_menu_provider_get_file_items(menus, both->next), docs_ / "other.txt"},
+        {"background",
+         nautilus_menu_provider_get_background_items(menus, NAUTILUS_FILE_INFO(folder)),
+         docs_.path().substr(0, docs_.path().size() - 1)},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.menu);
+        ASSERT_EQ(g_list_length(row.items), 1u);
+        char* label = nullptr;
+        g_object_get(row.items->data, "label", &label, nullptr);
+        EXPECT_STREQ(label, "Edit description");
+        g_free(label);
+        ::unlink(args.c_str());
+        nautilus_menu_item_activate(NAUTILUS_MENU_ITEM(row.items->data));
+        EXPECT_TRUE(runUntil([&] { return g_file_test(args.c_str(), G_FILE_TEST_EXISTS); }));
+        EXPECT_EQ(readFileBytes(args), row.path + "\n");
+        nautilus_menu_item_list_free(row.items);
+    }
+    g_list_free(both);
+    for (TestFileInfo* info : {file, other, folder})
+        g_object_unref(info);
+}
+
+// The section's rows as "name: value" lines, once it has some.
+std::string sectionText(GListModel* section) {
+    runUntil([&] { return g_list_model_get_n_items(section) > 0; });
+    std::string text;
+    for (guint i = 0; i < g_list_model_get_n_items(section); ++i) {
+        auto* row = NAUTILUS_PROPERTIES_ITEM(g_list_model_get_item(section, i));
+        text += std::string(nautilus_properties_item_get_name(row)) + ": " +
+                nautilus_properties_item_get_value(row) + "\n";
+        g_object_unref(row);
+    }
+    return text;
+}
+
+TEST_F(NautilusModuleTest, PropertiesShowTheWholeTextAndItsSource) {
+    auto* properties =
+        provider<NautilusPropertiesModelProvider>(NAUTILUS_TYPE_PROPERTIES_MODEL_PROVIDER);
+    ASSERT_NE(properties, nullptr);
+    const std::string path = docs_.write("a.txt", "x");
+    describe(path, "First line\nsecond line");
+    cli({"get", path});
+    const std::string status = err_.str();
+    TestFileInfo* info = newTestFileInfo(path);
+    GList* files = g_list_append(nullptr, info);
+    GList* models = nautilus_properties_model_provider_get_models(properties, files);
+    ASSERT_EQ(g_list_length(models), 1u);
+    auto* model = NAUTILUS_PROPERTIES_MODEL(models->data);
+    EXPECT_STREQ(nautilus_properties_model_get_title(model), "Description");
+    GListModel* section = nautilus_properties_model_get_model(model);
+    EXPECT_EQ(sectionText(section), "Description: First line\nsecond line\nSource: " + status);
+
+    // After a save the file manager reads the item again and says it changed.
+    describe(path, "Saved again");
+    emitChanged(info);
+    EXPECT_TRUE(runUntil([&] { return sectionText(section).starts_with("Description: Saved"); }))
+        << sectionText(section);
+    g_list_free_full(models, g_object_unref);
+    g_list_free(files);
+    g_object_unref(info);
+}
+
+}  // namespace
