@@ -32,7 +32,9 @@ struct stat;
 // keeps the owner and group, but only of a file that the caller read through the
 // descriptor it passes to open(). A file that did not exist gets 0666 less the umask.
 // The old file's user extended attributes (a description given to the file itself) and
-// its access ACL go over to the new file too, as far as the volume takes them.
+// its access ACL (not for private data, see makePrivate()) go over to the new file too,
+// as far as the volume takes them; open() without a descriptor opens the old file for
+// them itself, and where it may not read it, carries the mode alone.
 //
 // Writes are buffered; the first write error is remembered and returned by commit().
 // An object destroyed without a successful commit() removes its temporary file.

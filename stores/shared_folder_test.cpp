@@ -1,15 +1,18 @@
 // What a save does in a folder that other users may write or read: veskor-cli run
 // in-process on "plan.txt" in a temporary home.
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include "platform/xattr.h"
 #include "stores/ntfs_streams.h"
@@ -134,6 +137,50 @@ TEST_F(SharedFolderTest, ReplacedStoreFilesKeepTheirOwnDescriptionAndAcl) {
     describe(docs_.write("other.txt", "x"), "Other");
     EXPECT_EQ(readNTFSDesc(index), "The folder's index");
     EXPECT_EQ(aclOf(index), withAcl ? acl : "");
+}
+
+// Two real users of one folder: one plants a file at a name the other's save uses, the
+// other saves through veskor-cli. In a sticky folder (as /tmp is) the planted name can
+// be neither removed nor written; in an open one a link there leads to the saver's notes.
+TEST(TwoUsersTest, WhatOneUserPlantsNeitherBlocksNorReadsAnothersSave) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs root to act as two users";
+    const uid_t saver = 65533, planter = 65534;
+    TempDir dir;
+    ASSERT_EQ(::chmod(dir.path().c_str(), 0755), 0);
+    const std::string home = dir.mkdir("home"), notes = dir.write("home/notes.txt", "SECRET\r\n");
+    for (const auto& [path, mode] : {std::pair{home, 0700}, std::pair{notes, 0600}}) {
+        ASSERT_EQ(::chown(path.c_str(), saver, saver), 0);
+        ASSERT_EQ(::chmod(path.c_str(), static_cast<mode_t>(mode)), 0);
+    }
+    // folder mode, the name planted, a link to the notes or a file, the save's exit code
+    const std::tuple<const char*, mode_t, const char*, bool, int> rows[] = {
+        {"sticky folder, temporary name taken", 01777, "00_index.txt.tmp", false, 0},
+        {"open folder, link as descript.ion", 0777, "descript.ion", true, 1},
+    };
+    for (const auto& [name, mode, planted, link, exitCode] : rows) {
+        SCOPED_TRACE(name);
+        const std::string shared = dir.mkdir(name), target = shared + "/plan.txt";
+        ASSERT_EQ(::chmod(shared.c_str(), mode), 0);
+        const std::string plantedPath = shared + "/" + planted;
+        if (link)
+            ASSERT_EQ(::symlink(notes.c_str(), plantedPath.c_str()), 0);
+        else
+            writeFileBytes(plantedPath, "planted");
+        ASSERT_EQ(::lchown(plantedPath.c_str(), planter, planter), 0);
+        writeFileBytes(target, "x");
+        ASSERT_EQ(::chown(target.c_str(), saver, saver), 0);
+        const std::string save =
+            "setpriv --reuid=65533 --regid=65533 --clear-groups env HOME=" + home +
+            " XDG_DATA_HOME= " + VESKOR_BINARY_DIR + "/veskor-cli set '" + target +
+            "' new 2>/dev/null";
+        const int status = std::system(save.c_str());
+        EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, exitCode);
+        EXPECT_EQ(readFileBytes(shared + "/00_index.txt"), "plan.txt     new\r\n");
+        EXPECT_EQ(readFileBytes(notes), "SECRET\r\n");
+        EXPECT_EQ(std::filesystem::is_symlink(plantedPath), link);
+        EXPECT_EQ(readFileBytes(plantedPath), link ? "SECRET\r\n" : "planted");
+    }
 }
 
 }  // namespace
