@@ -39,7 +39,8 @@ constexpr const char* kFooter = R"(Each verb has its own help: veskor-cli VERB -
                      default) as set --yes does; reports what was stored and
                      which paths were skipped
 
-DIR defaults to the current folder; relative paths start there. On a
+Paths are taken exactly as given: a quote at either end is part of the
+name. DIR defaults to the current folder; relative paths start there. On a
 terminal, find, export, import and cp -r show a progress line on standard
 error, and names and descriptions show control characters escaped (ESC as
 \x1b); in a pipe they are exact. JSON lines and messages escape them always.
