@@ -85,6 +85,13 @@ TEST_F(MainWindowAccessTest, EveryControlAUserCanActOnIsNamedAndTheWindowsSayWha
                                                    {"Dir1", "Folders"},
                                                    {"File1", "Files"},
                                                    {"Text1", "Path or pattern"}});
+        // A folder below the root reads as its name and its depth, not as blanks.
+        QAccessibleInterface* folders =
+            reader(picking.form_.pickerWindow()->findChild<QWidget*>(QStringLiteral("Dir1")));
+        ASSERT_GT(folders->childCount(), 1);
+        QAccessibleInterface* second = folders->child(1);
+        EXPECT_FALSE(second->text(QAccessible::Name).startsWith(QLatin1Char(' ')));
+        EXPECT_EQ(second->text(QAccessible::Description).toStdString(), "Level 2");
     }
     EXPECT_EQ(reader(&form_)->role(), QAccessible::Window);
     EXPECT_EQ(reader(&options)->role(), QAccessible::Dialog);
