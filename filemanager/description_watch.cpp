@@ -32,37 +32,43 @@ DescriptionWatch::~DescriptionWatch() {
         g_object_unref(m_failsafe);
 }
 
-void DescriptionWatch::asked(GFile* item) {
-    GFile* parent = g_file_get_parent(item);
-    const std::string folderPath = parent ? taken(g_file_get_path(parent)) : "";
-    const std::string name = taken(g_file_get_basename(item));
-    if (folderPath.empty() || name.empty()) {
-        g_clear_object(&parent);
+void DescriptionWatch::asked(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos || slash + 1 == path.size())
         return;
-    }
-    if (!m_failsafe) {
-        GFile* database = g_file_new_for_path(failsafeDatabase().c_str());
-        m_failsafe = g_file_monitor_file(database, G_FILE_MONITOR_WATCH_MOVES, nullptr, nullptr);
-        g_object_unref(database);
-        if (m_failsafe)
-            g_signal_connect(m_failsafe, "changed", G_CALLBACK(onFailsafeChanged), this);
-    }
-    auto [it, added] = m_folders.try_emplace(folderPath);
-    if (added) {
-        it->second.monitor =
-            g_file_monitor_directory(parent, G_FILE_MONITOR_WATCH_MOVES, nullptr, nullptr);
-        if (it->second.monitor)
-            g_signal_connect(it->second.monitor, "changed", G_CALLBACK(onFolderChanged), this);
-    }
-    g_object_unref(parent);
-    if (!it->second.monitor) {
-        m_folders.erase(it);
+    const std::string folderPath = path.substr(0, std::max<std::size_t>(slash, 1));
+    auto it = m_folders.find(folderPath);
+    if (it == m_folders.end())
+        it = watchFolder(folderPath);
+    if (it == m_folders.end())
         return;
-    }
-    it->second.names.insert(name);
+    it->second.names.emplace(path, slash + 1);
     it->second.lastUse = ++m_uses;
-    if (added && m_folders.size() > kFoldersWatched)
+}
+
+std::unordered_map<std::string, DescriptionWatch::Folder>::iterator DescriptionWatch::watchFolder(
+    const std::string& folderPath) {
+    if (!m_failsafe)
+        m_failsafe = monitor(failsafeDatabase(), false, G_CALLBACK(onFailsafeChanged));
+    GFileMonitor* folder = monitor(folderPath, true, G_CALLBACK(onFolderChanged));
+    if (!folder)
+        return m_folders.end();
+    auto it = m_folders.try_emplace(folderPath).first;
+    it->second.monitor = folder;
+    if (m_folders.size() > kFoldersWatched)
         dropLeastRecent();
+    return m_folders.find(folderPath);
+}
+
+GFileMonitor* DescriptionWatch::monitor(const std::string& path, bool isFolder, GCallback changed) {
+    GFile* file = g_file_new_for_path(path.c_str());
+    GFileMonitor* monitor =
+        isFolder ? g_file_monitor_directory(file, G_FILE_MONITOR_WATCH_MOVES, nullptr, nullptr)
+                 : g_file_monitor_file(file, G_FILE_MONITOR_WATCH_MOVES, nullptr, nullptr);
+    g_object_unref(file);
+    if (monitor)
+        g_signal_connect(monitor, "changed", changed, this);
+    return monitor;
 }
 
 void DescriptionWatch::dropLeastRecent() {

@@ -21,8 +21,8 @@ public:
     DescriptionWatch(const DescriptionWatch&) = delete;
     DescriptionWatch& operator=(const DescriptionWatch&) = delete;
 
-    // The item was asked about: watch its folder from now on.
-    void asked(GFile* item);
+    // The item at the local path was asked about: watch its folder from now on.
+    void asked(const std::string& path);
 
 private:
     struct Folder {
@@ -41,6 +41,9 @@ private:
     void folderChanged(const std::string& folder, const std::string& name);
     void scheduleHandOver();
     void dropLeastRecent();
+    // Starts watching the folder; end() when it cannot be watched.
+    std::unordered_map<std::string, Folder>::iterator watchFolder(const std::string& folderPath);
+    GFileMonitor* monitor(const std::string& path, bool isFolder, GCallback changed);
 
     Stale m_stale;
     GFileMonitor* m_failsafe = nullptr;

@@ -17,11 +17,6 @@ struct Owned {
 };
 using GlibText = std::unique_ptr<char, Owned>;
 
-std::string pathOf(GFile* file) {
-    GlibText path(g_file_get_path(file));
-    return path ? std::string(path.get()) : std::string();
-}
-
 // One request of the file manager's, from the main context that made it.
 struct ReadRequest {
     ReadRequest(std::string itemPath, DescriptionReady whenReady, GCancellable* cancel)
@@ -155,6 +150,11 @@ DataPaths dataPaths() {
 
 }  // namespace
 
+std::string pathOf(GFile* item) {
+    GlibText path(g_file_is_native(item) ? g_file_get_path(item) : nullptr);
+    return path ? std::string(path.get()) : std::string();
+}
+
 FolderDescriptions& sharedDescriptions() {
     static FolderDescriptions descriptions(dataPaths());
     return descriptions;
@@ -165,10 +165,10 @@ std::string failsafeDatabase() {
     return file;
 }
 
-void readDescriptionAsync(GFile* item, GCancellable* cancellable, DescriptionReady ready) {
+void readDescriptionAsync(std::string path, GCancellable* cancellable, DescriptionReady ready) {
     // Made once and never destroyed: its thread may still read while the process ends.
     static auto* queue = new ReadQueue;
-    queue->push(std::make_unique<ReadRequest>(pathOf(item), std::move(ready), cancellable));
+    queue->push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancellable));
 }
 
 std::string displayText(const std::string& text) {
@@ -180,8 +180,7 @@ std::string columnText(const ItemDescription& item) {
     return displayText(item.text.substr(0, item.text.find('\n')));
 }
 
-bool startEditor(GFile* item) {
-    const std::string path = pathOf(item);
+bool startEditor(const std::string& path) {
     const char* chosen = std::getenv("VESKOR_EDITOR_PROGRAM");
     const std::string program = chosen && *chosen ? chosen : "veskor";
     if (path.empty())

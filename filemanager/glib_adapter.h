@@ -19,9 +19,11 @@
 // cancellable was cancelled meanwhile (the answer is then empty).
 using DescriptionReady = std::function<void(const ItemDescription& item, bool cancelled)>;
 
-// Reads the description of the local item on a worker thread. Items that are not
-// local files (no path) answer empty at once, on the main context as well.
-void readDescriptionAsync(GFile* item, GCancellable* cancellable, DescriptionReady ready);
+// A local item's path; "" for any other (no path on this machine).
+[[nodiscard]] std::string pathOf(GFile* item);
+
+// Reads the description of the item at the local path on a worker thread.
+void readDescriptionAsync(std::string path, GCancellable* cancellable, DescriptionReady ready);
 
 // The description's first line, valid UTF-8 whatever the stores held.
 [[nodiscard]] std::string columnText(const ItemDescription& item);
@@ -31,7 +33,7 @@ void readDescriptionAsync(GFile* item, GCancellable* cancellable, DescriptionRea
 
 // Starts the editor on the item, detached; false when it could not be started. The
 // program is `veskor` on the PATH, or the one that VESKOR_EDITOR_PROGRAM names.
-bool startEditor(GFile* item);
+bool startEditor(const std::string& path);
 
 // The reader that every module of the process shares, made on first use from the
 // user's data folder as the editor finds it.

@@ -70,11 +70,24 @@ GObject* moduleProvider(GType interfaceType) {
 }
 
 bool runUntil(const std::function<bool()>& done, int seconds) {
-    const gint64 deadline = g_get_monotonic_time() + seconds * G_USEC_PER_SEC;
-    while (!done() && g_get_monotonic_time() < deadline) {
-        if (!g_main_context_iteration(nullptr, FALSE))
-            g_usleep(500);
-    }
+    // Each turn blocks until an event, as the file manager's main loop does; the timer
+    // ends the wait when nothing comes, and a tick checks conditions that no event
+    // announces (a file that another process writes).
+    bool late = false;
+    const guint tick = g_timeout_add(
+        10, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+    const guint timer = g_timeout_add_seconds(
+        static_cast<guint>(seconds),
+        [](gpointer flag) {
+            *static_cast<bool*>(flag) = true;
+            return G_SOURCE_REMOVE;
+        },
+        &late);
+    while (!done() && !late)
+        g_main_context_iteration(nullptr, TRUE);
+    if (!late)
+        g_source_remove(timer);
+    g_source_remove(tick);
     return done();
 }
 

@@ -15,17 +15,17 @@ extern "C" {
 namespace {
 
 constexpr char kAttribute[] = "veskor_description";
-constexpr char kLocationKey[] = "veskor-location";
+constexpr char kPathKey[] = "veskor-path";
 
 GType g_providerType = 0;
 std::unique_ptr<DescriptionWatch> g_watch;
 
-// A local item's location, or nullptr (a new reference).
-GFile* localLocation(NautilusFileInfo* file) {
+// A local item's path; "" for any other.
+std::string localPath(NautilusFileInfo* file) {
     GFile* location = nautilus_file_info_get_location(file);
-    if (location && !g_file_is_native(location))
-        g_clear_object(&location);
-    return location;
+    std::string path = location ? pathOf(location) : "";
+    g_clear_object(&location);
+    return path;
 }
 
 // ---------------------------------------------------------------- column
@@ -54,14 +54,14 @@ struct Operation {
 
 NautilusOperationResult updateFileInfo(NautilusInfoProvider* provider, NautilusFileInfo* file,
                                        GClosure* complete, NautilusOperationHandle** handle) {
-    GFile* location = localLocation(file);
-    if (!location)
+    std::string path = localPath(file);
+    if (path.empty())
         return NAUTILUS_OPERATION_COMPLETE;
     if (g_watch)
-        g_watch->asked(location);
+        g_watch->asked(path);
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<NautilusOperationHandle*>(operation);
-    readDescriptionAsync(location, operation->cancellable,
+    readDescriptionAsync(std::move(path), operation->cancellable,
                          [operation](const ItemDescription& item, bool cancelled) {
                              if (!cancelled) {
                                  nautilus_file_info_add_string_attribute(
@@ -73,7 +73,6 @@ NautilusOperationResult updateFileInfo(NautilusInfoProvider* provider, NautilusF
                              }
                              delete operation;
                          });
-    g_object_unref(location);
     return NAUTILUS_OPERATION_IN_PROGRESS;
 }
 
@@ -84,17 +83,17 @@ void cancelUpdate(NautilusInfoProvider*, NautilusOperationHandle* handle) {
 
 // ---------------------------------------------------------------- menus
 void editActivated(NautilusMenuItem* item, gpointer) {
-    startEditor(G_FILE(g_object_get_data(G_OBJECT(item), kLocationKey)));
+    startEditor(static_cast<const char*>(g_object_get_data(G_OBJECT(item), kPathKey)));
 }
 
 GList* editItemFor(NautilusFileInfo* file) {
-    GFile* location = localLocation(file);
-    if (!location)
+    const std::string path = localPath(file);
+    if (path.empty())
         return nullptr;
     NautilusMenuItem* item =
         nautilus_menu_item_new("VeskorNautilusProvider::edit_description", "Edit description",
                                "Edit the description of this item", nullptr);
-    g_object_set_data_full(G_OBJECT(item), kLocationKey, location, g_object_unref);
+    g_object_set_data_full(G_OBJECT(item), kPathKey, g_strdup(path.c_str()), g_free);
     g_signal_connect(item, "activate", G_CALLBACK(editActivated), nullptr);
     return g_list_append(nullptr, item);
 }
@@ -109,11 +108,11 @@ GList* getBackgroundItems(NautilusMenuProvider*, NautilusFileInfo* folder) {
 
 // ---------------------------------------------------------------- properties
 void fillSection(GListStore* section, NautilusFileInfo* file) {
-    GFile* location = localLocation(file);
-    if (!location)
+    std::string path = localPath(file);
+    if (path.empty())
         return;
     g_object_ref(section);
-    readDescriptionAsync(location, nullptr, [section](const ItemDescription& item, bool) {
+    readDescriptionAsync(std::move(path), nullptr, [section](const ItemDescription& item, bool) {
         g_list_store_remove_all(section);
         auto add = [section](const char* name, const std::string& value) {
             NautilusPropertiesItem* row = nautilus_properties_item_new(name, value.c_str());
@@ -125,7 +124,6 @@ void fillSection(GListStore* section, NautilusFileInfo* file) {
             add("Source", displayText(item.status));
         g_object_unref(section);
     });
-    g_object_unref(location);
 }
 
 // Read again whenever GNOME Files sees the item change, a save included.
