@@ -140,12 +140,16 @@ std::string editorFolder() {
     return std::string(folder.get()) + "/";
 }
 
-DataPaths dataPaths() {
-    SharedState state;
-    SilentPrompter silent;
-    StartupWindow noWindow;
-    (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
-    return state.data;
+// Found once for the process, by whichever thread asks first.
+const DataPaths& dataPaths() {
+    static const DataPaths data = [] {
+        SharedState state;
+        SilentPrompter silent;
+        StartupWindow noWindow;
+        (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
+        return state.data;
+    }();
+    return data;
 }
 
 }  // namespace
@@ -156,13 +160,13 @@ std::string pathOf(GFile* item) {
 }
 
 FolderDescriptions& sharedDescriptions() {
-    static FolderDescriptions descriptions(dataPaths());
-    return descriptions;
+    // Never destroyed: the worker may still read while the process ends.
+    static auto* descriptions = new FolderDescriptions(dataPaths());
+    return *descriptions;
 }
 
 std::string failsafeDatabase() {
-    static const std::string file = dataPaths().failsafeDBpath + "ver1.7.dat";
-    return file;
+    return dataPaths().failsafeDBpath + "ver1.7.dat";
 }
 
 void readDescriptionAsync(std::string path, GCancellable* cancellable, DescriptionReady ready) {
