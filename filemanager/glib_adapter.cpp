@@ -1,7 +1,9 @@
 #include "filemanager/glib_adapter.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
+#include <iterator>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -41,6 +43,9 @@ struct ReadRequest {
 };
 
 using Batch = std::vector<std::unique_ptr<ReadRequest>>;
+
+// Requests read at most in one go.
+constexpr std::size_t kBatchSize = 256;
 
 // The answers of one batch go back to their main context together.
 gboolean deliver(gpointer data) {
@@ -100,7 +105,12 @@ private:
             {
                 std::unique_lock lock(m_mutex);
                 m_ready.wait(lock, [this] { return !m_queue.empty(); });
-                batch.swap(m_queue);
+                // A bounded batch: the first answers are shown while the rest are read.
+                const auto end = m_queue.begin() +
+                                 static_cast<std::ptrdiff_t>(std::min(m_queue.size(), kBatchSize));
+                batch.assign(std::make_move_iterator(m_queue.begin()),
+                             std::make_move_iterator(end));
+                m_queue.erase(m_queue.begin(), end);
             }
             read(batch);
             deliverLater(std::move(batch));
