@@ -21,23 +21,21 @@ using GlibText = std::unique_ptr<char, Owned>;
 
 // One request of the file manager's, from the main context that made it.
 struct ReadRequest {
-    ReadRequest(std::string itemPath, DescriptionReady whenReady, GCancellable* cancel)
+    ReadRequest(std::string itemPath, DescriptionReady whenReady,
+                const std::atomic<bool>* cancelFlag)
         : path(std::move(itemPath)),
           ready(std::move(whenReady)),
-          cancellable(cancel ? G_CANCELLABLE(g_object_ref(cancel)) : nullptr),
+          cancel(cancelFlag),
           context(g_main_context_ref_thread_default()) {}
-    ~ReadRequest() {
-        g_clear_object(&cancellable);
-        g_main_context_unref(context);
-    }
+    ~ReadRequest() { g_main_context_unref(context); }
     ReadRequest(const ReadRequest&) = delete;
     ReadRequest& operator=(const ReadRequest&) = delete;
 
-    bool cancelled() const { return cancellable && g_cancellable_is_cancelled(cancellable); }
+    bool cancelled() const { return cancel && cancel->load(); }
 
     std::string path;
     DescriptionReady ready;
-    GCancellable* cancellable;
+    const std::atomic<bool>* cancel;
     GMainContext* context;
     ItemDescription item;
 };
@@ -179,10 +177,11 @@ std::string failsafeDatabase() {
     return dataPaths().failsafeDBpath + "ver1.7.dat";
 }
 
-void readDescriptionAsync(std::string path, GCancellable* cancellable, DescriptionReady ready) {
+void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
+                          DescriptionReady ready) {
     // Made once and never destroyed: its thread may still read while the process ends.
     static auto* queue = new ReadQueue;
-    queue->push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancellable));
+    queue->push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
 }
 
 std::string displayText(const std::string& text) {
