@@ -1,7 +1,9 @@
 #include "filemanager/glib_adapter.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
+#include <iterator>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -19,28 +21,29 @@ using GlibText = std::unique_ptr<char, Owned>;
 
 // One request of the file manager's, from the main context that made it.
 struct ReadRequest {
-    ReadRequest(std::string itemPath, DescriptionReady whenReady, GCancellable* cancel)
+    ReadRequest(std::string itemPath, DescriptionReady whenReady,
+                const std::atomic<bool>* cancelFlag)
         : path(std::move(itemPath)),
           ready(std::move(whenReady)),
-          cancellable(cancel ? G_CANCELLABLE(g_object_ref(cancel)) : nullptr),
+          cancel(cancelFlag),
           context(g_main_context_ref_thread_default()) {}
-    ~ReadRequest() {
-        g_clear_object(&cancellable);
-        g_main_context_unref(context);
-    }
+    ~ReadRequest() { g_main_context_unref(context); }
     ReadRequest(const ReadRequest&) = delete;
     ReadRequest& operator=(const ReadRequest&) = delete;
 
-    bool cancelled() const { return cancellable && g_cancellable_is_cancelled(cancellable); }
+    bool cancelled() const { return cancel && cancel->load(); }
 
     std::string path;
     DescriptionReady ready;
-    GCancellable* cancellable;
+    const std::atomic<bool>* cancel;
     GMainContext* context;
     ItemDescription item;
 };
 
 using Batch = std::vector<std::unique_ptr<ReadRequest>>;
+
+// Requests read at most in one go.
+constexpr std::size_t kBatchSize = 256;
 
 // The answers of one batch go back to their main context together.
 gboolean deliver(gpointer data) {
@@ -100,7 +103,12 @@ private:
             {
                 std::unique_lock lock(m_mutex);
                 m_ready.wait(lock, [this] { return !m_queue.empty(); });
-                batch.swap(m_queue);
+                // A bounded batch: the first answers are shown while the rest are read.
+                const auto end = m_queue.begin() +
+                                 static_cast<std::ptrdiff_t>(std::min(m_queue.size(), kBatchSize));
+                batch.assign(std::make_move_iterator(m_queue.begin()),
+                             std::make_move_iterator(end));
+                m_queue.erase(m_queue.begin(), end);
             }
             read(batch);
             deliverLater(std::move(batch));
@@ -140,12 +148,16 @@ std::string editorFolder() {
     return std::string(folder.get()) + "/";
 }
 
-DataPaths dataPaths() {
-    SharedState state;
-    SilentPrompter silent;
-    StartupWindow noWindow;
-    (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
-    return state.data;
+// Found once for the process, by whichever thread asks first.
+const DataPaths& dataPaths() {
+    static const DataPaths data = [] {
+        SharedState state;
+        SilentPrompter silent;
+        StartupWindow noWindow;
+        (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
+        return state.data;
+    }();
+    return data;
 }
 
 }  // namespace
@@ -156,19 +168,20 @@ std::string pathOf(GFile* item) {
 }
 
 FolderDescriptions& sharedDescriptions() {
-    static FolderDescriptions descriptions(dataPaths());
-    return descriptions;
+    // Never destroyed: the worker may still read while the process ends.
+    static auto* descriptions = new FolderDescriptions(dataPaths());
+    return *descriptions;
 }
 
 std::string failsafeDatabase() {
-    static const std::string file = dataPaths().failsafeDBpath + "ver1.7.dat";
-    return file;
+    return dataPaths().failsafeDBpath + "ver1.7.dat";
 }
 
-void readDescriptionAsync(std::string path, GCancellable* cancellable, DescriptionReady ready) {
+void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
+                          DescriptionReady ready) {
     // Made once and never destroyed: its thread may still read while the process ends.
     static auto* queue = new ReadQueue;
-    queue->push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancellable));
+    queue->push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
 }
 
 std::string displayText(const std::string& text) {

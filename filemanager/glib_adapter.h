@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -16,14 +17,16 @@
 // or shows a message: a file manager dies with its extensions.
 
 // Called on the main context of the thread that asked; `cancelled` when the caller's
-// cancellable was cancelled meanwhile (the answer is then empty).
+// flag was set meanwhile (the answer is then empty).
 using DescriptionReady = std::function<void(const ItemDescription& item, bool cancelled)>;
 
 // A local item's path; "" for any other (no path on this machine).
 [[nodiscard]] std::string pathOf(GFile* item);
 
-// Reads the description of the item at the local path on a worker thread.
-void readDescriptionAsync(std::string path, GCancellable* cancellable, DescriptionReady ready);
+// Reads the description of the item at the local path on a worker thread. The flag,
+// when given, must live until `ready` was called; setting it cancels the request.
+void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
+                          DescriptionReady ready);
 
 // The description's first line, valid UTF-8 whatever the stores held.
 [[nodiscard]] std::string columnText(const ItemDescription& item);

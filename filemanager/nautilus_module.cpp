@@ -36,7 +36,7 @@ GList* getColumns(NautilusColumnProvider*) {
 
 // ---------------------------------------------------------------- info
 struct Operation {
-    GCancellable* cancellable = g_cancellable_new();
+    std::atomic<bool> cancelled = false;
     GClosure* complete;
     NautilusInfoProvider* provider;
     NautilusFileInfo* file;
@@ -46,7 +46,6 @@ struct Operation {
           provider(owner),
           file(NAUTILUS_FILE_INFO(g_object_ref(item))) {}
     ~Operation() {
-        g_object_unref(cancellable);
         g_closure_unref(complete);
         g_object_unref(file);
     }
@@ -61,7 +60,7 @@ NautilusOperationResult updateFileInfo(NautilusInfoProvider* provider, NautilusF
         g_watch->asked(path);
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<NautilusOperationHandle*>(operation);
-    readDescriptionAsync(std::move(path), operation->cancellable,
+    readDescriptionAsync(std::move(path), &operation->cancelled,
                          [operation](const ItemDescription& item, bool cancelled) {
                              if (!cancelled) {
                                  nautilus_file_info_add_string_attribute(
@@ -78,7 +77,7 @@ NautilusOperationResult updateFileInfo(NautilusInfoProvider* provider, NautilusF
 
 // The answer is dropped when it comes: GNOME Files no longer waits for it.
 void cancelUpdate(NautilusInfoProvider*, NautilusOperationHandle* handle) {
-    g_cancellable_cancel(reinterpret_cast<Operation*>(handle)->cancellable);
+    reinterpret_cast<Operation*>(handle)->cancelled = true;
 }
 
 // ---------------------------------------------------------------- menus
