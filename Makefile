@@ -33,7 +33,7 @@ fuzz-smoke: deps
 	fuzz/run-all 10
 
 # The Debian package, from an optimised build of the programs alone (no tests), made
-# with Debian's hardening flags, and the GNOME Files module's package beside it; their
+# with Debian's hardening flags, and the file manager modules' packages beside it; their
 # paths are the last lines printed. The prefix /usr
 # puts the network module in Debian's multiarch library folder.
 package: deps
@@ -43,11 +43,11 @@ package: deps
 	cmake --build --preset package
 	rm -rf build/deb
 	cpack --config build/package/CPackConfig.cmake -B build/deb
-	@realpath build/deb/veskor_*.deb build/deb/nautilus-veskor_*.deb
+	@realpath build/deb/veskor_*.deb build/deb/*-veskor_*.deb
 
 # Unpacks the package and runs both programs from it; lintian and the validators too.
 check-package: package
-	packaging/check-package build/deb/veskor_*.deb build/deb/nautilus-veskor_*.deb
+	packaging/check-package build/deb/veskor_*.deb build/deb/*-veskor_*.deb
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
