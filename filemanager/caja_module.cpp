@@ -10,6 +10,7 @@ extern "C" {
 #include <libcaja-extension/caja-property-page-provider.h>
 }
 
+#include <atomic>
 #include <memory>
 
 #include "filemanager/description_page.h"
@@ -40,7 +41,7 @@ GList* getColumns(CajaColumnProvider*) {
 
 // ---------------------------------------------------------------- info
 struct Operation {
-    GCancellable* cancellable = g_cancellable_new();
+    std::atomic<bool> cancelled = false;
     GClosure* complete;
     CajaInfoProvider* provider;
     CajaFileInfo* file;
@@ -50,7 +51,6 @@ struct Operation {
           provider(owner),
           file(static_cast<CajaFileInfo*>(g_object_ref(item))) {}
     ~Operation() {
-        g_object_unref(cancellable);
         g_closure_unref(complete);
         g_object_unref(file);
     }
@@ -62,32 +62,33 @@ CajaOperationResult updateFileInfo(CajaInfoProvider* provider, CajaFileInfo* fil
     if (!location)
         return CAJA_OPERATION_COMPLETE;
     if (g_watch)
-        g_watch->asked(location);
+        g_watch->asked(pathOf(location));
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<CajaOperationHandle*>(operation);
-    readDescriptionAsync(
-        location, operation->cancellable, [operation](const ItemDescription& item, bool cancelled) {
-            if (!cancelled) {
-                caja_file_info_add_string_attribute(operation->file, kAttribute,
-                                                    columnText(item).c_str());
-                caja_info_provider_update_complete_invoke(
-                    operation->complete, operation->provider,
-                    reinterpret_cast<CajaOperationHandle*>(operation), CAJA_OPERATION_COMPLETE);
-            }
-            delete operation;
-        });
+    readDescriptionAsync(pathOf(location), &operation->cancelled,
+                         [operation](const ItemDescription& item, bool cancelled) {
+                             if (!cancelled) {
+                                 caja_file_info_add_string_attribute(operation->file, kAttribute,
+                                                                     columnText(item).c_str());
+                                 caja_info_provider_update_complete_invoke(
+                                     operation->complete, operation->provider,
+                                     reinterpret_cast<CajaOperationHandle*>(operation),
+                                     CAJA_OPERATION_COMPLETE);
+                             }
+                             delete operation;
+                         });
     g_object_unref(location);
     return CAJA_OPERATION_IN_PROGRESS;
 }
 
 // The answer is dropped when it comes: Caja no longer waits for it.
 void cancelUpdate(CajaInfoProvider*, CajaOperationHandle* handle) {
-    g_cancellable_cancel(reinterpret_cast<Operation*>(handle)->cancellable);
+    reinterpret_cast<Operation*>(handle)->cancelled = true;
 }
 
 // ---------------------------------------------------------------- menus
 void editActivated(CajaMenuItem* item, gpointer) {
-    startEditor(G_FILE(g_object_get_data(G_OBJECT(item), kLocationKey)));
+    startEditor(pathOf(G_FILE(g_object_get_data(G_OBJECT(item), kLocationKey))));
 }
 
 GList* editItemFor(CajaFileInfo* file) {

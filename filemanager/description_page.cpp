@@ -18,7 +18,7 @@ GtkWidget* newLabel(const char* name) {
 }
 
 void editClicked(GtkButton* button, gpointer) {
-    startEditor(G_FILE(g_object_get_data(G_OBJECT(button), kItemKey)));
+    startEditor(pathOf(G_FILE(g_object_get_data(G_OBJECT(button), kItemKey))));
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ void refreshDescriptionPage(GtkWidget* page) {
     // The labels are kept alive until the answer comes, even if the page is closed first.
     auto* text = GTK_LABEL(g_object_ref(g_object_get_data(G_OBJECT(page), kTextKey)));
     auto* source = GTK_LABEL(g_object_ref(g_object_get_data(G_OBJECT(page), kSourceKey)));
-    readDescriptionAsync(item, nullptr, [text, source](const ItemDescription& read, bool) {
+    readDescriptionAsync(pathOf(item), nullptr, [text, source](const ItemDescription& read, bool) {
         gtk_label_set_text(text, read.text.empty() ? "None" : displayText(read.text).c_str());
         gtk_label_set_text(source, displayText(read.status).c_str());
         g_object_unref(text);

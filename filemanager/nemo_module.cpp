@@ -10,6 +10,7 @@ extern "C" {
 #include <libnemo-extension/nemo-property-page-provider.h>
 }
 
+#include <atomic>
 #include <memory>
 
 #include "filemanager/description_page.h"
@@ -40,7 +41,7 @@ GList* getColumns(NemoColumnProvider*) {
 
 // ---------------------------------------------------------------- info
 struct Operation {
-    GCancellable* cancellable = g_cancellable_new();
+    std::atomic<bool> cancelled = false;
     GClosure* complete;
     NemoInfoProvider* provider;
     NemoFileInfo* file;
@@ -50,7 +51,6 @@ struct Operation {
           provider(owner),
           file(static_cast<NemoFileInfo*>(g_object_ref(item))) {}
     ~Operation() {
-        g_object_unref(cancellable);
         g_closure_unref(complete);
         g_object_unref(file);
     }
@@ -62,32 +62,33 @@ NemoOperationResult updateFileInfo(NemoInfoProvider* provider, NemoFileInfo* fil
     if (!location)
         return NEMO_OPERATION_COMPLETE;
     if (g_watch)
-        g_watch->asked(location);
+        g_watch->asked(pathOf(location));
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<NemoOperationHandle*>(operation);
-    readDescriptionAsync(
-        location, operation->cancellable, [operation](const ItemDescription& item, bool cancelled) {
-            if (!cancelled) {
-                nemo_file_info_add_string_attribute(operation->file, kAttribute,
-                                                    columnText(item).c_str());
-                nemo_info_provider_update_complete_invoke(
-                    operation->complete, operation->provider,
-                    reinterpret_cast<NemoOperationHandle*>(operation), NEMO_OPERATION_COMPLETE);
-            }
-            delete operation;
-        });
+    readDescriptionAsync(pathOf(location), &operation->cancelled,
+                         [operation](const ItemDescription& item, bool cancelled) {
+                             if (!cancelled) {
+                                 nemo_file_info_add_string_attribute(operation->file, kAttribute,
+                                                                     columnText(item).c_str());
+                                 nemo_info_provider_update_complete_invoke(
+                                     operation->complete, operation->provider,
+                                     reinterpret_cast<NemoOperationHandle*>(operation),
+                                     NEMO_OPERATION_COMPLETE);
+                             }
+                             delete operation;
+                         });
     g_object_unref(location);
     return NEMO_OPERATION_IN_PROGRESS;
 }
 
 // The answer is dropped when it comes: Nemo no longer waits for it.
 void cancelUpdate(NemoInfoProvider*, NemoOperationHandle* handle) {
-    g_cancellable_cancel(reinterpret_cast<Operation*>(handle)->cancellable);
+    reinterpret_cast<Operation*>(handle)->cancelled = true;
 }
 
 // ---------------------------------------------------------------- menus
 void editActivated(NemoMenuItem* item, gpointer) {
-    startEditor(G_FILE(g_object_get_data(G_OBJECT(item), kLocationKey)));
+    startEditor(pathOf(G_FILE(g_object_get_data(G_OBJECT(item), kLocationKey))));
 }
 
 GList* editItemFor(NemoFileInfo* file) {

@@ -24,7 +24,7 @@ GFile* localLocation(ThunarxFileInfo* file) {
 
 // ---------------------------------------------------------------- menus
 void editActivated(ThunarxMenuItem* item, gpointer) {
-    startEditor(G_FILE(g_object_get_data(G_OBJECT(item), kLocationKey)));
+    startEditor(pathOf(G_FILE(g_object_get_data(G_OBJECT(item), kLocationKey))));
 }
 
 GList* editItemFor(ThunarxFileInfo* file) {
