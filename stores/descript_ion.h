@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <unordered_map>
 
 #include "contracts/prompter.h"
@@ -65,6 +66,9 @@
 // or cannot be read.
 [[nodiscard]] std::optional<std::unordered_map<std::string, std::string>> readDescriptIonEntries(
     const std::string& file);
+
+// The bytes of a description file; an error for one larger than these files ever are.
+[[nodiscard]] std::error_code readDescriptIonBytes(const std::string& file, std::string& bytes);
 
 // Where the target's folder has a description file, replaces the target's entry with
 // state.targetFileDesc, or removes it while removeTargetFileDescFlag is 1; a file left
