@@ -75,7 +75,7 @@ protected:
     };
     Lines lines() const {
         const std::pair<std::string, std::string> rows[] = {
-            {"a.txt", "A new\\nsecond line"},
+            {"a.txt", "A new\nsecond line"},
             {"Sub/c.txt", "C"},
             {"gone.txt", "lost"},
             {"b.txt", ""},  // a deletion, of the exported file too
@@ -83,7 +83,7 @@ protected:
             {"Sub", "the folder"},
             {"a.txt", "A again"},
             {"Sub/d.txt", ""},
-            {kCafe, "\xC3\x89t\xC3\xA9\\n"},
+            {kCafe, "\xC3\x89t\xC3\xA9\n"},
             {"Sub/c.txt", ""},
             {"Sub/c.txt", "C last"},
             {"Sub/e f.txt", "E"},
@@ -91,11 +91,11 @@ protected:
         };
         Lines out;
         for (const auto& [name, text] : rows) {
-            out.file += "{\"path\":\"" + docs_ / name + "\",\"description\":\"" + text + "\"}\n";
-            std::string plain = text;
-            for (std::size_t at; (at = plain.find("\\n")) != std::string::npos;)
-                plain.replace(at, 2, "\n");
-            out.saves.emplace_back(docs_ / name, plain);
+            std::string json;
+            for (char c : text)
+                json += c == '\n' ? std::string("\\n") : std::string(1, c);
+            out.file += "{\"path\":\"" + docs_ / name + "\",\"description\":\"" + json + "\"}\n";
+            out.saves.emplace_back(docs_ / name, text);
         }
         out.file.insert(out.file.find('\n') + 1, "not json\n");
         return out;
