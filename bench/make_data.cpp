@@ -5,11 +5,16 @@
 //       a 00_index.txt with a two-line entry for each
 //   make_data files FOLDER COUNT TEMPLATE    COUNT files f00000.txt... in FOLDER, each
 //       described in its summary stream: a copy of TEMPLATE's
+//   make_data import TREE FOLDERS ENTRIES FILE   folders TREE/d0... with ENTRIES empty
+//       files f00000.txt... each, and FILE: one import line per file
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+
+#include "bench_lines.h"
 
 namespace {
 
@@ -69,6 +74,29 @@ int makeDescribedFiles(const std::string& folder, int count, const char* templat
     return 0;
 }
 
+int makeImport(const std::string& tree, int folders, int entries, const char* file) {
+    std::FILE* lines = std::fopen(file, "wb");
+    if (!lines)
+        return 1;
+    char name[64];
+    for (int f = 0; f < folders; ++f) {
+        ::mkdir((tree + "/d" + std::to_string(f)).c_str(), 0777);
+        for (int i = 0; i < entries; ++i) {
+            std::snprintf(name, sizeof name, "/d%d/f%05d.txt", f, i);
+            const std::string path = tree + name;
+            std::FILE* item = std::fopen(path.c_str(), "wb");
+            if (!item)
+                return 1;
+            std::fclose(item);
+            const std::string text =
+                importDescription(path, static_cast<std::uint64_t>(f * entries + i));
+            std::fprintf(lines, "{\"path\":\"%s\",\"description\":\"%s\\nand its second line\"}\n",
+                         path.c_str(), text.c_str());
+        }
+    }
+    return std::fclose(lines) == 0 ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -79,8 +107,10 @@ int main(int argc, char** argv) {
         return makeIndex(argv[2], std::atoi(argv[3]));
     if (mode == "files" && argc == 5)
         return makeDescribedFiles(argv[2], std::atoi(argv[3]), argv[4]);
+    if (mode == "import" && argc == 6)
+        return makeImport(argv[2], std::atoi(argv[3]), std::atoi(argv[4]), argv[5]);
     std::fprintf(stderr,
                  "usage: make_data db FILE RECORDS KEY POSITION | index FOLDER ENTRIES | files "
-                 "FOLDER COUNT TEMPLATE\n");
+                 "FOLDER COUNT TEMPLATE | import TREE FOLDERS ENTRIES FILE\n");
     return 64;
 }

@@ -2,9 +2,6 @@
 // any careful program replaces a file (stream into FILE.tmp, flush, fsync, rename,
 // fsync the folder), putting a new entry first and dropping the old one, and no more.
 //   rewrite_baseline DB KEY INDEX NAME
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -12,33 +9,6 @@
 #include "bench_lines.h"
 
 namespace {
-
-class Replacement {
-public:
-    explicit Replacement(std::string path)
-        : m_path(std::move(path)), m_out(std::fopen((m_path + ".tmp").c_str(), "wb")) {}
-    bool ok() const { return m_out != nullptr; }
-    void line(std::string_view text) {
-        std::fwrite(text.data(), 1, text.size(), m_out);
-        std::fwrite("\r\n", 1, 2, m_out);
-    }
-    bool commit() {
-        bool good = std::fflush(m_out) == 0 && ::fsync(::fileno(m_out)) == 0;
-        good = std::fclose(m_out) == 0 && good;
-        good = good && std::rename((m_path + ".tmp").c_str(), m_path.c_str()) == 0;
-        std::string folder = m_path.substr(0, m_path.rfind('/') + 1);
-        int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
-        if (fd >= 0) {
-            ::fsync(fd);
-            ::close(fd);
-        }
-        return good;
-    }
-
-private:
-    std::string m_path;
-    std::FILE* m_out;
-};
 
 bool rewriteDb(const std::string& db, const std::string& key) {
     const std::string begin = "Veskor failsafe DB 1.7 BEGIN " + key;

@@ -44,7 +44,8 @@ public:
     BatchReader(FailsafeScan& failsafe, bool mayEnterFolders);
 
     // The folder (a full path ending in "/") whose entries come next; `folderNames`
-    // holds the names of its entries. Its index is read when an entry first needs it.
+    // holds the names of its entries, of which only those of exported files (ending in
+    // ".description") matter. Its index is read when an entry first needs it.
     void enterFolder(const std::string& folder, const std::vector<std::string>& folderNames);
 
     std::string exportedDesc(const TargetPaths& target) override;

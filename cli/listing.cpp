@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <cstdint>
+#include <iterator>
 #include <list>
 #include <mutex>
 #include <optional>
@@ -18,6 +19,10 @@
 namespace {
 
 constexpr std::string_view kExportedSuffix = ".DESCRIPTION";
+
+// The entries of a folder go from the thread that reads them to the caller in parts of
+// this many; a folder read ahead holds at most about twice as many.
+constexpr std::size_t kPartEntries = 512;
 
 bool isExportedFileName(const std::string& name) {
     return name.size() > kExportedSuffix.size() &&
@@ -83,11 +88,13 @@ bool FolderReader::read(const std::string& folder, const std::function<void(List
     for (const FolderItem& item : items)
         sorted.push_back({leadingBytes(item.name), &item});
     std::sort(sorted.begin(), sorted.end());
+    // The reader looks among the names for exported files only.
     std::vector<std::string> names;
-    names.reserve(sorted.size());
-    for (const SortKey& key : sorted)
-        names.push_back(key.item->name);
-    m_reader.enterFolder(folder, std::move(names));
+    for (const SortKey& key : sorted) {
+        if (isExportedFileName(key.item->name))
+            names.push_back(key.item->name);
+    }
+    m_reader.enterFolder(folder, names);
     ListedEntry entry;
     for (const SortKey& key : sorted) {
         const FolderItem& n = *key.item;
@@ -130,7 +137,7 @@ struct TreeOrder {
         std::string path;
         Stage stage = Stage::Waiting;
         bool readable = true;
-        std::vector<ListedEntry> entries;
+        std::vector<ListedEntry> entries;  // read and not yet handed out
     };
 
     // The first folder that no thread reads yet among the `ahead` first; end() if none.
@@ -174,27 +181,45 @@ bool Listing::listTree(const std::string& folder,
     order.folders.emplace_back(folder);
     const DataPaths data = m_session.state.data;
 
-    // Reads the folder, with the lock held on entry and on return; its folders join the
-    // order right after it.
-    auto readOne = [&](FolderReader& reader, std::unique_lock<std::mutex>& lock,
-                       std::list<TreeOrder::Folder>::iterator next) {
+    // Reads the folder, with the lock held on entry and on return, handing its entries
+    // over in parts: a wide folder is never held whole. `deliver` takes each part with
+    // the lock held. The folder's folders join the order right after it.
+    auto readWith = [&](FolderReader& reader, std::unique_lock<std::mutex>& lock,
+                        std::list<TreeOrder::Folder>::iterator next, auto deliver) {
         next->stage = TreeOrder::Stage::Reading;
         lock.unlock();
-        std::vector<ListedEntry> entries;
+        std::vector<ListedEntry> part;
         std::vector<std::string> subfolders;
         const bool readable = reader.read(next->path, [&](ListedEntry& entry) {
             if (entry.isFolder)
                 subfolders.push_back(entry.path + "/");
-            entries.push_back(std::move(entry));
+            part.push_back(std::move(entry));
+            if (part.size() < kPartEntries)
+                return;
+            lock.lock();
+            deliver(part);
+            lock.unlock();
         });
         lock.lock();
-        next->entries = std::move(entries);
+        deliver(part);
         next->readable = readable;
         next->stage = TreeOrder::Stage::Read;
         const auto after = std::next(next);
         for (std::string& path : subfolders)
             order.folders.emplace(after, std::move(path));
         order.changed.notify_all();
+    };
+    // A reader thread's part waits, while the folder holds as many entries already, for
+    // the caller to take them.
+    auto readOne = [&](FolderReader& reader, std::unique_lock<std::mutex>& lock,
+                       std::list<TreeOrder::Folder>::iterator next) {
+        readWith(reader, lock, next, [&](std::vector<ListedEntry>& part) {
+            order.changed.wait(
+                lock, [&] { return order.stopped || next->entries.size() < kPartEntries; });
+            std::move(part.begin(), part.end(), std::back_inserter(next->entries));
+            part.clear();
+            order.changed.notify_all();
+        });
     };
     auto readFolders = [&] {
         // Each thread enters the folders it reads; without a current folder of its own,
@@ -219,23 +244,33 @@ bool Listing::listTree(const std::string& folder,
     std::optional<FolderReader> here;
     if (threads.empty())
         here.emplace(data, m_failsafe, true);
+    // Without threads, this one reads the folder and hands each part out at once.
+    auto handOut = [&](std::vector<ListedEntry>& part, std::unique_lock<std::mutex>& lock) {
+        lock.unlock();
+        for (const ListedEntry& entry : part)
+            each(entry);
+        part.clear();
+        lock.lock();
+    };
 
     StopReaders stop{order};
     bool ok = true;
     std::unique_lock lock(order.mutex);
     while (!order.folders.empty()) {
-        if (here && order.folders.front().stage == TreeOrder::Stage::Waiting)
-            readOne(*here, lock, order.folders.begin());
-        order.changed.wait(lock,
-                           [&] { return order.folders.front().stage == TreeOrder::Stage::Read; });
-        TreeOrder::Folder next = std::move(order.folders.front());
-        order.folders.pop_front();
+        auto front = order.folders.begin();
+        if (here && front->stage == TreeOrder::Stage::Waiting)
+            readWith(*here, lock, front,
+                     [&](std::vector<ListedEntry>& part) { handOut(part, lock); });
+        order.changed.wait(lock, [&] {
+            return !front->entries.empty() || front->stage == TreeOrder::Stage::Read;
+        });
+        std::vector<ListedEntry> part = std::move(front->entries);
+        front->entries.clear();
+        ok = front->stage != TreeOrder::Stage::Read || front->readable ? ok : false;
+        if (part.empty())
+            order.folders.pop_front();
         order.changed.notify_all();
-        lock.unlock();
-        ok = next.readable && ok;
-        for (const ListedEntry& entry : next.entries)
-            each(entry);
-        lock.lock();
+        handOut(part, lock);
     }
     return ok;
 }

@@ -34,7 +34,9 @@ public:
     // others still are). The next few folders are read ahead by `readers` threads while
     // `each` takes the entries of the first; with none (or where no thread can be
     // started) the calling thread reads each folder in turn. The order is the same either
-    // way; memory holds the entries of the folders read ahead only.
+    // way. Entries go out in parts as they are read: memory holds a few hundred entries
+    // of each folder read ahead, and the names of each folder being read, which its
+    // sort needs.
     bool listTree(const std::string& folder, const std::function<void(const ListedEntry&)>& each,
                   std::size_t readers = defaultReaders());
 

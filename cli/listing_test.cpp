@@ -144,6 +144,47 @@ TEST_F(ListingTest, FindWalksTheTreeDepthFirstInByteOrder) {
     EXPECT_EQ(alone, expected);
 }
 
+// Wide folders go from the reading threads to the output in parts: with any number of
+// readers every entry comes out once, in the same order, while the folders read ahead
+// wait for the output to take their parts.
+TEST_F(ListingTest, WideFoldersComeOutWholeAndInOrderWithAnyNumberOfReaders) {
+    for (const char* folder : {"w1/inner", "w2", "w3"}) {
+        std::filesystem::create_directories(docs_ / folder);
+        for (int i = 0; i < 1300; ++i)
+            docs_.write(std::string(folder) + "/f" + std::to_string(i), "");
+    }
+    std::istringstream in;
+    Session session(program_.path(), {in, out_, err_});
+    ASSERT_TRUE(session.start());
+    std::vector<std::string> outputs;
+    for (std::size_t readers : {0, 1, 4}) {
+        std::string paths;
+        EXPECT_TRUE(Listing(session, docs_.path())
+                        .listTree(
+                            docs_.path(),
+                            [&](const ListedEntry& entry) { paths += entry.path + "\n"; },
+                            readers));
+        outputs.push_back(paths);
+    }
+    std::string expected;
+    std::function<void(const std::string&)> walk = [&](const std::string& folder) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(docs_ / folder))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        for (const std::string& name : names)
+            expected += docs_ / (folder + name) + "\n";
+        for (const std::string& name : names) {
+            if (std::filesystem::is_directory(docs_ / (folder + name)))
+                walk(folder + name + "/");
+        }
+    };
+    walk("");
+    EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 3 * 1300 + 4);
+    for (const std::string& output : outputs)
+        EXPECT_TRUE(output == expected) << output.size() << " bytes against " << expected.size();
+}
+
 // A folder that cannot be read fails the call (exit 1), and the folders after it are
 // still read, in their order.
 TEST_F(ListingTest, AFolderThatCannotBeReadFailsTheWalkButNotTheFoldersAfterIt) {

@@ -44,11 +44,6 @@ std::string blankOut(std::string_view text, std::string_view word) {
     return out;
 }
 
-// No description line may ever look like a record marker of the failsafe database.
-std::string withMarkersBlanked(std::string_view text) {
-    return blankOut(blankOut(text, kBeginMarker), kEndMarker);
-}
-
 SaveOutcome returnToEditing(EditorState& editor) {
     editor.setUpdateCaption("Update [F10]");
     editor.setUpdateEnabled(true);
@@ -88,10 +83,31 @@ bool askToLoseTheDescription(Prompter& prompter) {
 
 }  // namespace
 
+std::string withMarkersBlanked(std::string_view text) {
+    return blankOut(blankOut(text, kBeginMarker), kEndMarker);
+}
+
 SaveOutcome Command1_Click(SharedState& state, EditorState& editor, Prompter& prompter) {
     if (!editor.updateEnabled())
         return SaveOutcome::NotRun;
     enterBusyState(editor);
+    ItemTurns turn;
+    if (auto ended = beginSave(state, editor, prompter, turn))
+        return *ended;
+    if (updateFailsafeDB(state, prompter) == WriteResult::Error)
+        return returnToEditing(editor);
+    if (updateExpDesc(state, editor.exportChecked(), prompter) == WriteResult::Error)
+        return returnToEditing(editor);
+    if (isOn(state.options.optionsCreate00index) &&
+        update00IndexFile(state, prompter) == WriteResult::Error)
+        return returnToEditing(editor);
+    if (updateDescriptIon(state, prompter) == WriteResult::Error)
+        return returnToEditing(editor);
+    return finishSave(state, editor, prompter);
+}
+
+std::optional<SaveOutcome> beginSave(SharedState& state, EditorState& editor, Prompter& prompter,
+                                     ItemTurns& turn) {
     state.removeTargetFileDescFlag = 0;
     if (editor.text().empty()) {
         if (ask(prompter, "Delete existing description?", Buttons::YesNo) != Answer::Yes)
@@ -101,7 +117,6 @@ SaveOutcome Command1_Click(SharedState& state, EditorState& editor, Prompter& pr
     // A move or copy of the target, or another save of it, runs before or after this
     // one, never between its stores. One that keeps the turn too long fails the save
     // at its first store.
-    ItemTurns turn;
     if (turn.acquire({folderOfFile(state.target.targetFileFullPathname)}, kFolderLockTimeout)) {
         showError(prompter, "Error: Problem while updating filesafe DB.");
         return returnToEditing(editor);
@@ -109,17 +124,11 @@ SaveOutcome Command1_Click(SharedState& state, EditorState& editor, Prompter& pr
     if (!entryExists(state.target.targetFileFullPathname))
         return targetGone(state, prompter);
     state.targetFileDesc = withMarkersBlanked(editor.text());
+    return std::nullopt;
+}
 
-    if (updateFailsafeDB(state, prompter) == WriteResult::Error)
-        return returnToEditing(editor);
-    if (updateExpDesc(state, editor.exportChecked(), prompter) == WriteResult::Error)
-        return returnToEditing(editor);
+SaveOutcome finishSave(SharedState& state, EditorState& editor, Prompter& prompter) {
     const Options& options = state.options;
-    if (isOn(options.optionsCreate00index) &&
-        update00IndexFile(state, prompter) == WriteResult::Error)
-        return returnToEditing(editor);
-    if (updateDescriptIon(state, prompter) == WriteResult::Error)
-        return returnToEditing(editor);
     const WriteResult streams = updateNTFSDesc(state, editor);
     // After the summary stream, which keeps the first claim on the file's attribute
     // space; it never fails the save.

@@ -442,6 +442,11 @@ std::optional<std::unordered_map<std::string, std::string>> readDescriptIonEntri
     return descriptIonEntries(bytes);
 }
 
+std::error_code readDescriptIonBytes(const std::string& file, RegularFile& opened,
+                                     std::string& bytes) {
+    return readLimited(file, opened, bytes);
+}
+
 WriteResult updateDescriptIon(const SharedState& state, Prompter& prompter,
                               std::chrono::milliseconds lockTimeout) {
     if (rewrite(state, lockTimeout)) {

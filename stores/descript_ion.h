@@ -4,11 +4,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <unordered_map>
 
 #include "contracts/prompter.h"
 #include "contracts/shared_state.h"
 #include "platform/folder_lock.h"
+#include "platform/regular_file.h"
 
 // The per-folder description file "descript.ion" of 4DOS/4NT, Total Commander, Double
 // Commander and Far: one entry per item, `NAME DESCRIPTION`, NAME in double quotes when
@@ -65,6 +67,12 @@
 // or cannot be read.
 [[nodiscard]] std::optional<std::unordered_map<std::string, std::string>> readDescriptIonEntries(
     const std::string& file);
+
+// The bytes of a description file, read through `opened` (see RegularFile): a link or
+// anything but a regular file is an error, and so is a file larger than these files ever
+// are. A replacement opened with `opened` takes its mode and owner from what was read.
+[[nodiscard]] std::error_code readDescriptIonBytes(const std::string& file, RegularFile& opened,
+                                                   std::string& bytes);
 
 // Where the target's folder has a description file, replaces the target's entry with
 // state.targetFileDesc, or removes it while removeTargetFileDescFlag is 1; a file left

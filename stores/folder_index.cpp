@@ -14,82 +14,17 @@
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
 #include "platform/regular_file.h"
+#include "stores/index_entry.h"
 
 namespace {
 
+using namespace indexEntry;
+
 constexpr std::string_view kCrLf = "\r\n";
-constexpr std::size_t kTextColumn = 13;  // description text starts after 13 characters
-constexpr std::string_view kIndent = "             ";
-static_assert(kIndent.size() == kTextColumn);
-constexpr std::size_t kShortNameColumns = 12;
 constexpr std::string_view kOlderIndexName = "Index_00.txt";
 constexpr std::string_view kUpdateFailed =
     "Error: Problem while updating '00_index.txt' file.\r\n"
     "(You can disable '00_index.txt' creation in Options.)";
-
-bool isContinuation(std::string_view line) {
-    return line.starts_with(kIndent);
-}
-
-bool isQuoted(std::string_view text) {
-    return !text.empty() && text.front() == '"' && text.back() == '"';
-}
-
-std::string_view trimBlanks(std::string_view text) {
-    std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-std::string_view shortFormName(std::string_view head) {
-    return trimBlanks(firstCharacters(head, kShortNameColumns));
-}
-
-// The item a head line stands for; "" for a quote alone or an empty line.
-std::string_view itemName(std::string_view head) {
-    if (!isQuoted(head))
-        return shortFormName(head);
-    return head.size() < 2 ? std::string_view() : head.substr(1, head.size() - 2);
-}
-
-bool isUtf8(std::string_view bytes) {
-    return decodeFileText(bytes) == bytes;
-}
-
-// The target's name as head lines are matched against it: on the names' bytes, so a
-// name in any encoding (a Latin-1 name from an old archive) finds its own entry;
-// letter case is ignored where the bytes are UTF-8. A head that is not UTF-8 was
-// written by a Windows program in its code page, and also matches a UTF-8 name that
-// reads the same.
-class IndexName {
-public:
-    explicit IndexName(std::string_view name) : m_upper(upperCase(name)), m_isUtf8(isUtf8(name)) {}
-
-    bool matchesQuoted(std::string_view head) const {
-        return isQuoted(head) && head.size() >= 2 && matchesName(head.substr(1, head.size() - 2));
-    }
-    bool matchesShort(std::string_view head) const { return matchesName(shortFormName(head)); }
-    bool matches(std::string_view head) const { return matchesQuoted(head) || matchesShort(head); }
-
-private:
-    bool matchesName(std::string_view name) const {
-        if (upperCase(name) == m_upper)
-            return true;
-        return m_isUtf8 && !isUtf8(name) && upperCase(decodeFileText(name)) == m_upper;
-    }
-
-    std::string m_upper;
-    bool m_isUtf8;
-};
-
-// Whether the item a head line names is still in the folder: under the name's bytes,
-// or, for a head in a Windows code page, under the UTF-8 name it reads as.
-bool itemExists(const std::string& folder, std::string_view item) {
-    if (fileOrFolderExists(folder + std::string(item)))
-        return true;
-    return !isUtf8(item) && fileOrFolderExists(folder + decodeFileText(item));
-}
 
 void appendTextLine(std::string_view bytes, std::string& text) {
     text += decodeFileText(bytes);
@@ -105,28 +40,6 @@ bool appendContinuations(LineReader& reader, std::string& line, std::string& tex
         appendTextLine(std::string_view(line).substr(kTextColumn), text);
     }
     return false;
-}
-
-bool usesShortForm(std::string_view name) {
-    return characterCount(name) < kTextColumn && name.find(' ') == std::string_view::npos;
-}
-
-std::string entryText(std::string_view name, std::string_view description) {
-    std::string text;
-    if (usesShortForm(name)) {
-        text = name;
-        text.append(kTextColumn - characterCount(name), ' ');
-    } else {
-        text = '"' + std::string(name) + '"' + std::string(kCrLf) + std::string(kIndent);
-    }
-    for (std::size_t pos = 0;;) {
-        std::size_t end = description.find(kCrLf, pos);
-        text += description.substr(pos, end - pos);
-        if (end == std::string_view::npos)
-            return text;
-        text += std::string(kCrLf) + std::string(kIndent);
-        pos = end + kCrLf.size();
-    }
 }
 
 // Whether a head line and its continuation lines leave the index: the target's own
@@ -166,17 +79,6 @@ bool copyKeptLines(const TargetPaths& target, LineReader& reader, AtomicFile& ou
     return copied;
 }
 
-// A description tells about its item: an item that other users may not read gets no
-// entry in an index that they may reach, and loses the one it had there. Its
-// description stays in the stores that only the user reads.
-bool hiddenFromOthers(const TargetPaths& target) {
-    struct stat item {
-    }, folder{};
-    return ::stat(target.targetFileFullPathname.c_str(), &item) == 0 &&
-           (item.st_mode & S_IROTH) == 0 && ::stat(target.indexFilePath.c_str(), &folder) == 0 &&
-           (folder.st_mode & S_IXOTH) != 0;
-}
-
 // The old index, when there is one; any other failure to open it fails the save.
 std::error_code openOldIndex(const std::string& indexFile, RegularFile& old) {
     std::error_code ec = old.open(indexFile);
@@ -193,7 +95,8 @@ std::error_code rewriteIndex(const SharedState& state) {
     if (!ec)
         ec = out.open(reader.file());
     bool written = false;
-    if (!ec && state.removeTargetFileDescFlag != 1 && !hiddenFromOthers(target)) {
+    if (!ec && state.removeTargetFileDescFlag != 1 &&
+        !hiddenFromOthers(target.indexFilePath, target.targetFile)) {
         out.writeLine(entryText(target.targetFile, state.targetFileDesc));
         written = true;
     }
