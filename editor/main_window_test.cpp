@@ -100,17 +100,6 @@ TEST_F(MainWindowTest, EndingAsksOnlyAboutAModifiedDescription) {
     }
 }
 
-TEST_F(MainWindowTest, EscInTheReadingStateOfAMissingTargetEndsWithoutAQuestion) {
-    files_.write("Gone.txt.description", "kept words\r\nsecond line\r\n");
-    start(files_ / "Gone.txt");
-    ASSERT_TRUE(form_.inReadingState());
-    EXPECT_EQ(form_.text(), "kept words\r\nsecond line\r\n");
-    QTest::keyClicks(box(), QStringLiteral("typed"));
-    QTest::keyClick(box(), Qt::Key_Escape);
-    EXPECT_TRUE(form_.hasEnded());
-    EXPECT_EQ(prompter_.shown.size(), 1u);  // the load's "file not found" alone
-}
-
 // The window opens in the settings' high-DPI fonts and White, the options too when shown;
 // Esc leaves the options unstored, OK stores them and paints the window in the Red chosen.
 TEST_F(MainWindowTest, OpensInTheSettingsAndOnlyOkInTheOptionsStoresAndRepaints) {
