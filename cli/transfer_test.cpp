@@ -92,19 +92,35 @@ TEST_F(TransferTest, ACopyKeepsTheSourceAndGivesEveryCopiedEntryItsDescription) 
               "Copy         The album\r\nAlbum        The album\r\n");
 }
 
+// A cp on PATH that runs `before` and `after` it in the folder that holds the
+// destination.
+class CpBetween {
+public:
+    CpBetween(const TempDir& program, const std::string& folder, const std::string& before,
+              const std::string& after)
+        : m_path(std::getenv("PATH")) {
+        const std::string cp = program.write(
+            "tools/cp", "#!/bin/sh\ncd '" + folder + "' || exit 9\n" + before +
+                            "\n/bin/cp \"$@\"\nstatus=$?\n" + after + "\nexit $status\n");
+        EXPECT_EQ(::chmod(cp.c_str(), 0755), 0);
+        EXPECT_EQ(::setenv("PATH", (program / "tools:" + m_path).c_str(), 1), 0);
+    }
+    ~CpBetween() { ::setenv("PATH", m_path.c_str(), 1); }
+
+private:
+    std::string m_path;
+};
+
 // cp -n skips a destination that appears while it runs and still exits 0: the copy must
 // then fail and leave that file, and the stores, as the other program made them.
 TEST_F(TransferTest, ADestinationThatAppearsDuringTheCopyIsLeftAsItWas) {
     describe(docs_.write("plan.txt", "x"), "Plan");
     const std::string destination = docs_ / "copy.txt", shared = sharedFiles();
-    // A cp that lets another program make the destination just before it copies.
-    const std::string cp = program_.write(
-        "tools/cp", "#!/bin/sh\nprintf theirs > '" + destination + "'\nexec /bin/cp \"$@\"\n");
-    ASSERT_EQ(::chmod(cp.c_str(), 0755), 0);
-    const std::string path = std::getenv("PATH");
-    ASSERT_EQ(::setenv("PATH", (program_ / "tools:" + path).c_str(), 1), 0);
-    const int exitCode = run({"cp", docs_ / "plan.txt", destination});
-    ::setenv("PATH", path.c_str(), 1);
+    int exitCode = -1;
+    {
+        const CpBetween other(program_, docs_.path(), "printf theirs > copy.txt", "");
+        exitCode = run({"cp", docs_ / "plan.txt", destination});
+    }
 
     EXPECT_EQ(exitCode, 1) << err_.str();
     EXPECT_EQ(readFileBytes(destination), "theirs");
@@ -214,25 +230,6 @@ TEST_F(TransferTest, SavesMovesAndCopiesOfAFoldersItemsTakeTurns) {
         EXPECT_NE(folderState(), before);
     }
 }
-
-// A cp on PATH that runs `before` and `after` it in the folder that holds the
-// destination.
-class CpBetween {
-public:
-    CpBetween(const TempDir& program, const std::string& folder, const std::string& before,
-              const std::string& after)
-        : m_path(std::getenv("PATH")) {
-        const std::string cp = program.write(
-            "tools/cp", "#!/bin/sh\ncd '" + folder + "' || exit 9\n" + before +
-                            "\n/bin/cp \"$@\"\nstatus=$?\n" + after + "\nexit $status\n");
-        EXPECT_EQ(::chmod(cp.c_str(), 0755), 0);
-        EXPECT_EQ(::setenv("PATH", (program / "tools:" + m_path).c_str(), 1), 0);
-    }
-    ~CpBetween() { ::setenv("PATH", m_path.c_str(), 1); }
-
-private:
-    std::string m_path;
-};
 
 // Anyone who may write the destination's folder may put a link where the staging
 // folder was while cp writes into it, and take it away before the copy is renamed
