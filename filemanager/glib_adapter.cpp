@@ -11,6 +11,7 @@
 
 #include "core/startup.h"
 #include "platform/environment.h"
+#include "platform/files.h"
 
 namespace {
 
@@ -18,6 +19,27 @@ struct Owned {
     void operator()(gpointer p) const { g_free(p); }
 };
 using GlibText = std::unique_ptr<char, Owned>;
+
+// The editor's folder; the data folder is found from it as the editor finds it.
+std::string editorFolder() {
+    GlibText found(g_find_program_in_path("veskor"));
+    if (!found)
+        return "/usr/bin/";
+    GlibText folder(g_path_get_dirname(found.get()));
+    return std::string(folder.get()) + "/";
+}
+
+// Found once for the process, by whichever thread asks first.
+const DataPaths& dataPaths() {
+    static const DataPaths data = [] {
+        SharedState state;
+        SilentPrompter silent;
+        StartupWindow noWindow;
+        (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
+        return state.data;
+    }();
+    return data;
+}
 
 // One request of the file manager's, from the main context that made it.
 struct ReadRequest {
@@ -98,6 +120,9 @@ private:
     }
 
     [[noreturn]] void run() {
+        // Items are read by their names in their folder where the thread may have a
+        // current folder of its own; the file manager's threads keep theirs.
+        FolderDescriptions descriptions(dataPaths(), ownCurrentFolder());
         for (;;) {
             Batch batch;
             {
@@ -110,12 +135,12 @@ private:
                              std::make_move_iterator(end));
                 m_queue.erase(m_queue.begin(), end);
             }
-            read(batch);
+            read(descriptions, batch);
             deliverLater(std::move(batch));
         }
     }
 
-    static void read(Batch& batch) {
+    static void read(FolderDescriptions& descriptions, Batch& batch) {
         std::vector<std::string> paths;
         std::vector<ReadRequest*> asked;
         for (auto& request : batch) {
@@ -125,7 +150,7 @@ private:
             }
         }
         try {
-            std::vector<ItemDescription> items = sharedDescriptions().describe(paths);
+            std::vector<ItemDescription> items = descriptions.describe(paths);
             for (std::size_t i = 0; i < asked.size(); ++i)
                 asked[i]->item = std::move(items[i]);
         } catch (...) {
@@ -139,38 +164,11 @@ private:
     bool m_started = false;
 };
 
-// The editor's folder; the data folder is found from it as the editor finds it.
-std::string editorFolder() {
-    GlibText found(g_find_program_in_path("veskor"));
-    if (!found)
-        return "/usr/bin/";
-    GlibText folder(g_path_get_dirname(found.get()));
-    return std::string(folder.get()) + "/";
-}
-
-// Found once for the process, by whichever thread asks first.
-const DataPaths& dataPaths() {
-    static const DataPaths data = [] {
-        SharedState state;
-        SilentPrompter silent;
-        StartupWindow noWindow;
-        (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
-        return state.data;
-    }();
-    return data;
-}
-
 }  // namespace
 
 std::string pathOf(GFile* item) {
     GlibText path(g_file_is_native(item) ? g_file_get_path(item) : nullptr);
     return path ? std::string(path.get()) : std::string();
-}
-
-FolderDescriptions& sharedDescriptions() {
-    // Never destroyed: the worker may still read while the process ends.
-    static auto* descriptions = new FolderDescriptions(dataPaths());
-    return *descriptions;
 }
 
 std::string failsafeDatabase() {

@@ -38,9 +38,5 @@ void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
 // program is `veskor` on the PATH, or the one that VESKOR_EDITOR_PROGRAM names.
 bool startEditor(const std::string& path);
 
-// The reader that every module of the process shares, made on first use from the
-// user's data folder as the editor finds it.
-FolderDescriptions& sharedDescriptions();
-
-// The failsafe database of that data folder.
+// The failsafe database of the user's data folder, as the editor finds it.
 [[nodiscard]] std::string failsafeDatabase();
