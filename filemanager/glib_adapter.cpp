@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
+#include <deque>
 #include <iterator>
 #include <mutex>
 #include <system_error>
@@ -104,8 +105,16 @@ public:
             deliverLater(std::move(alone));
             return;
         }
+        // The worker waits only on an empty queue; a folder's many requests wake it once.
+        if (m_queue.empty())
+            m_ready.notify_one();
         m_queue.push_back(std::move(request));
-        m_ready.notify_one();
+    }
+
+    void prepare() {
+        std::lock_guard lock(m_mutex);
+        if (!m_started)
+            (void)start();
     }
 
 private:
@@ -145,7 +154,7 @@ private:
         std::vector<ReadRequest*> asked;
         for (auto& request : batch) {
             if (!request->cancelled() && !request->path.empty()) {
-                paths.push_back(request->path);
+                paths.push_back(std::move(request->path));
                 asked.push_back(request.get());
             }
         }
@@ -160,35 +169,46 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_ready;
-    Batch m_queue;
+    std::deque<std::unique_ptr<ReadRequest>> m_queue;
     bool m_started = false;
 };
+
+// Made once and never destroyed: its thread may still read while the process ends.
+ReadQueue& readQueue() {
+    static auto* queue = new ReadQueue;
+    return *queue;
+}
 
 }  // namespace
 
 std::string pathOf(GFile* item) {
-    GlibText path(g_file_is_native(item) ? g_file_get_path(item) : nullptr);
-    return path ? std::string(path.get()) : std::string();
+    const char* path = g_file_is_native(item) ? g_file_peek_path(item) : nullptr;
+    return path ? std::string(path) : std::string();
 }
 
 std::string failsafeDatabase() {
     return dataPaths().failsafeDBpath + "ver1.7.dat";
 }
 
-void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
-                          DescriptionReady ready) {
-    // Made once and never destroyed: its thread may still read while the process ends.
-    static auto* queue = new ReadQueue;
-    queue->push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
+void startReading() {
+    readQueue().prepare();
 }
 
-std::string displayText(const std::string& text) {
+void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
+                          DescriptionReady ready) {
+    readQueue().push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
+}
+
+std::string displayText(std::string_view text) {
+    // Almost every text is valid already: it is then taken as it is, without a copy.
+    if (g_utf8_validate_len(text.data(), text.size(), nullptr))
+        return std::string(text);
     GlibText valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
     return valid ? std::string(valid.get()) : std::string();
 }
 
 std::string columnText(const ItemDescription& item) {
-    return displayText(item.text.substr(0, item.text.find('\n')));
+    return displayText(std::string_view(item.text).substr(0, item.text.find('\n')));
 }
 
 bool startEditor(const std::string& path) {
