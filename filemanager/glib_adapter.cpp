@@ -131,7 +131,8 @@ private:
     [[noreturn]] void run() {
         // Items are read by their names in their folder where the thread may have a
         // current folder of its own; the file manager's threads keep theirs.
-        FolderDescriptions descriptions(dataPaths(), ownCurrentFolder());
+        const bool ownFolder = ownCurrentFolder();
+        std::unique_ptr<FolderDescriptions> descriptions = reader(ownFolder);
         for (;;) {
             Batch batch;
             {
@@ -144,8 +145,20 @@ private:
                              std::make_move_iterator(end));
                 m_queue.erase(m_queue.begin(), end);
             }
-            read(descriptions, batch);
+            if (!descriptions)
+                descriptions = reader(ownFolder);
+            if (descriptions)
+                read(*descriptions, batch);
             deliverLater(std::move(batch));
+        }
+    }
+
+    // The thread's reader; nullptr, and the cells stay empty, when the start-up failed.
+    static std::unique_ptr<FolderDescriptions> reader(bool mayEnterFolders) {
+        try {
+            return std::make_unique<FolderDescriptions>(dataPaths(), mayEnterFolders);
+        } catch (...) {
+            return nullptr;
         }
     }
 
