@@ -31,6 +31,10 @@ void BatchReader::enterFolder(const std::string& folder,
     m_streams.enterFolder(folder);
 }
 
+void BatchReader::reenterFolder() {
+    m_streams.enterFolder(m_folder);
+}
+
 void BatchReader::readIndex() {
     const std::string indexFile = m_folder + "00_index.txt";
     m_hasIndex = fileExists(indexFile);

@@ -48,6 +48,10 @@ public:
     // ".description") matter. Its index is read when an entry first needs it.
     void enterFolder(const std::string& folder, const std::vector<std::string>& folderNames);
 
+    // Makes that folder current again after another reader of the thread entered its
+    // own; what was read of the folder is kept.
+    void reenterFolder();
+
     std::string exportedDesc(const TargetPaths& target) override;
     std::string oldStreamDesc(const TargetPaths& target) override;
     std::string summaryDesc(const TargetPaths& target) override;

@@ -9,6 +9,7 @@
 #include "core/paths.h"
 #include "platform/code_page.h"
 #include "platform/files.h"
+#include "platform/lookup.h"
 #include "stores/descript_ion.h"
 
 namespace {
@@ -18,6 +19,26 @@ constexpr std::string_view kExportedSuffix = ".DESCRIPTION";
 bool isExportedFileName(std::string_view name) {
     return name.size() > kExportedSuffix.size() &&
            upperCase(name.substr(name.size() - kExportedSuffix.size())) == kExportedSuffix;
+}
+
+// The folder's descript.ion as descriptIonFile() finds it, from the listing in hand
+// rather than by reading a large folder a second time.
+std::string descriptIonIn(const std::string& folder, const std::vector<FolderItem>& items) {
+    constexpr std::string_view kLower = "descript.ion";
+    auto matches = [&](const std::string& name) {
+        return name.size() == kLower.size() &&
+               std::equal(name.begin(), name.end(), kLower.begin(),
+                          [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
+    };
+    // The lower-case name first, then the least name in byte order.
+    auto rank = [&](const std::string& name) { return std::pair(name != kLower, name); };
+    std::string found;
+    for (const FolderItem& item : items) {
+        if (matches(item.name) && (found.empty() || rank(item.name) < rank(found)) &&
+            fileExists(folder + item.name))
+            found = item.name;
+    }
+    return found.empty() ? "" : folder + found;
 }
 
 }  // namespace
@@ -30,8 +51,10 @@ FileSignature FileSignature::of(const std::string& path) {
             std::int64_t{st.st_mtim.tv_sec} * 1'000'000'000 + st.st_mtim.tv_nsec};
 }
 
-FolderDescriptions::FolderDescriptions(DataPaths data)
-    : m_data(std::move(data)), m_failsafeFile(m_data.failsafeDBpath + "ver1.7.dat") {}
+FolderDescriptions::FolderDescriptions(DataPaths data, bool mayEnterFolders)
+    : m_data(std::move(data)),
+      m_failsafeFile(m_data.failsafeDBpath + "ver1.7.dat"),
+      m_mayEnterFolders(mayEnterFolders) {}
 
 ItemDescription FolderDescriptions::describe(const std::string& path) {
     return std::move(describe(std::vector<std::string>{path}).front());
@@ -48,6 +71,8 @@ std::vector<ItemDescription> FolderDescriptions::describe(const std::vector<std:
         if (!folder || folderOf(paths[i]) != current) {
             current = folderOf(paths[i]);
             folder = &readerFor(std::string(current));
+            // Another folder's reader may have been entered since.
+            folder->reader->reenterFolder();
         }
         items[i] = describeIn(*folder, paths[i]);
     }
@@ -57,10 +82,19 @@ std::vector<ItemDescription> FolderDescriptions::describe(const std::vector<std:
 ItemDescription FolderDescriptions::describeIn(Folder& folder, const std::string& path) {
     const std::string_view name = lastComponent(path);
     // Another item's exported file: opening it would open that item.
-    struct stat st {};
-    if (name.empty() || isExportedFileName(name) || ::lstat(path.c_str(), &st) != 0)
+    if (name.empty() || isExportedFileName(name))
         return {};
-    auto target = m_checker.pathsOf(path, S_ISLNK(st.st_mode), m_data);
+    // The listing tells what the item is; only one made after it is asked about.
+    bool isLink = false;
+    if (auto listed = folder.isLink.find(std::string(name)); listed != folder.isLink.end()) {
+        isLink = listed->second;
+    } else {
+        struct stat st {};
+        if (::lstat(path.c_str(), &st) != 0)
+            return {};
+        isLink = S_ISLNK(st.st_mode);
+    }
+    auto target = m_checker.pathsOf(path, isLink, m_data);
     if (!target)
         return {};
     FoundDescription found =
@@ -90,21 +124,29 @@ FolderDescriptions::Folder& FolderDescriptions::readerFor(const std::string& pat
         FileSignature::of(path + "00_index.txt") == folder.index &&
         FileSignature::of(folder.descriptIonPath) == folder.descriptIon)
         return folder;
-    std::vector<FolderItem> items;
-    std::vector<std::string> names;
-    if (!readFolder(path, items)) {
-        for (FolderItem& item : items)
-            names.push_back(std::move(item.name));
-    }
-    folder.folder = now;
-    folder.index = FileSignature::of(path + "00_index.txt");
-    folder.descriptIonPath = descriptIonFile(path);
-    folder.descriptIon = FileSignature::of(folder.descriptIonPath);
-    folder.reader = std::make_unique<BatchReader>(*m_failsafe, false);
-    folder.reader->enterFolder(path, names);
+    fill(folder, path, now);
     if (added && m_folders.size() > kFoldersKept)
         dropLeastRecent();
     return folder;
+}
+
+void FolderDescriptions::fill(Folder& folder, const std::string& path, const FileSignature& now) {
+    std::vector<FolderItem> items;
+    const bool listed = !readFolder(path, items);
+    folder.folder = now;
+    folder.index = FileSignature::of(path + "00_index.txt");
+    folder.descriptIonPath = listed ? descriptIonIn(path, items) : descriptIonFile(path);
+    folder.descriptIon = FileSignature::of(folder.descriptIonPath);
+    std::vector<std::string> names;
+    names.reserve(items.size());
+    folder.isLink.clear();
+    folder.isLink.reserve(items.size());
+    for (FolderItem& item : items) {
+        folder.isLink.emplace(item.name, item.isLink);
+        names.push_back(std::move(item.name));
+    }
+    folder.reader = std::make_unique<BatchReader>(*m_failsafe, m_mayEnterFolders);
+    folder.reader->enterFolder(path, names);
 }
 
 void FolderDescriptions::dropLeastRecent() {

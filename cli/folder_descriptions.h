@@ -37,7 +37,10 @@ struct FileSignature {
 
 class FolderDescriptions {
 public:
-    explicit FolderDescriptions(DataPaths data);
+    // With `mayEnterFolders`, items are read by names relative to their folder, which
+    // becomes the current folder: only for one thread that owns its current folder
+    // (ownCurrentFolder()), which then makes every call.
+    explicit FolderDescriptions(DataPaths data, bool mayEnterFolders = false);
 
     // The item at `path`, an absolute path without a trailing "/". An exported
     // description file, a name the editor refuses or an item that cannot be read has
@@ -56,17 +59,21 @@ private:
     struct Folder {
         FileSignature folder, index, descriptIon;
         std::string descriptIonPath;  // "" when the folder had none
+        // Its entries as the listing saw them: whether each is a link.
+        std::unordered_map<std::string, bool> isLink;
         std::unique_ptr<BatchReader> reader;
         std::uint64_t lastUse = 0;
     };
 
     Folder& readerFor(const std::string& folder);
+    void fill(Folder& folder, const std::string& path, const FileSignature& now);
     ItemDescription describeIn(Folder& folder, const std::string& path);
     void refreshFailsafe();
     void dropLeastRecent();
 
     DataPaths m_data;
     std::string m_failsafeFile;
+    bool m_mayEnterFolders;
     std::mutex m_mutex;
     EntryChecker m_checker;
     FileSignature m_failsafeSeen;

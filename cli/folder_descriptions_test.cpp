@@ -4,7 +4,10 @@
 
 #include <unistd.h>
 
+#include <thread>
+
 #include "platform/code_page.h"
+#include "platform/files.h"
 #include "platform/xattr.h"
 #include "tests/cli_fixture.h"
 
@@ -110,6 +113,59 @@ TEST_F(FolderDescriptionsTest, ManyFoldersInTurn) {
             EXPECT_EQ(reader.describe(docs_ / ("f" + std::to_string(i) + "/a.txt")).text,
                       "Folder " + std::to_string(i));
     }
+}
+
+// The listing, not a lookup per item, tells what each item is and which of several
+// descript.ion files is read: a link shows its target's description, and a change to
+// that descript.ion is seen.
+TEST_F(FolderDescriptionsTest, TheListingTellsLinksAndTheDescriptIonRead) {
+    const std::string sub = docs_ / "Sub";
+    docs_.write("Sub/inner.txt", "x");
+    describe(sub, "The sub folder");
+    ASSERT_EQ(::symlink(sub.c_str(), (docs_ / "link").c_str()), 0);
+    FolderDescriptions reader(dataPaths());
+    EXPECT_EQ(reader.describe(docs_ / "link").text + "\n", get(docs_ / "link"));
+
+    const struct {
+        const char* folder;
+        std::vector<std::string> names;  // the last is the one read
+    } rows[] = {
+        {"lower case first", {"DESCRIPT.ION", "Descript.ion", "descript.ion"}},
+        {"then the least name", {"Descript.ion", "DESCRIPT.ION"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.folder);
+        const std::string folder = std::string(row.folder) + "/";
+        const std::string item = docs_.write(folder + "a.txt", "x");
+        for (const std::string& name : row.names)
+            docs_.write(folder + name, "a.txt From " + name + "\r\n");
+        ASSERT_EQ(reader.describe(item).text, "From " + row.names.back());
+        // Rewritten in place: the folder itself does not change.
+        docs_.write(folder + row.names.back(), "a.txt Changed\r\n");
+        EXPECT_EQ(reader.describe(item).text, "Changed");
+    }
+}
+
+// A thread with a current folder of its own reads items by their names in their
+// folder; items of several folders in turn are each read in their own.
+TEST_F(FolderDescriptionsTest, ItemsOfSeveralFoldersReadByTheirNames) {
+    std::vector<std::string> paths;
+    for (const char* folder : {"zero", "one"}) {
+        paths.push_back(docs_.write(std::string(folder) + "/a.txt", "x"));
+        describe(paths.back(), folder);
+        ::unlink((docs_ / (std::string(folder) + "/00_index.txt")).c_str());
+    }
+    paths.insert(paths.end(), {paths[0], paths[1]});
+    const DataPaths data = dataPaths();
+    std::vector<ItemDescription> items;
+    std::thread([&] {
+        ASSERT_TRUE(ownCurrentFolder());
+        FolderDescriptions reader(data, true);
+        items = reader.describe(paths);
+    }).join();
+    ASSERT_EQ(items.size(), 4u);
+    for (std::size_t i = 0; i < items.size(); ++i)
+        EXPECT_EQ(items[i].text, i % 2 ? "one" : "zero") << i;
 }
 
 }  // namespace

@@ -36,14 +36,21 @@ void DescriptionWatch::asked(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos || slash + 1 == path.size())
         return;
-    const std::string folderPath = path.substr(0, std::max<std::size_t>(slash, 1));
-    auto it = m_folders.find(folderPath);
-    if (it == m_folders.end())
-        it = watchFolder(folderPath);
-    if (it == m_folders.end())
-        return;
-    it->second.names.emplace(path, slash + 1);
-    it->second.lastUse = ++m_uses;
+    const std::string_view folderPath =
+        std::string_view(path).substr(0, std::max<std::size_t>(slash, 1));
+    // A folder's items are asked about in a row: its entry is looked up once for them.
+    if (!m_last || folderPath != m_lastPath) {
+        m_last = nullptr;
+        auto it = m_folders.find(std::string(folderPath));
+        if (it == m_folders.end())
+            it = watchFolder(std::string(folderPath));
+        if (it == m_folders.end())
+            return;
+        m_last = &it->second;
+        m_lastPath = folderPath;
+    }
+    m_last->names.emplace(path, slash + 1);
+    m_last->lastUse = ++m_uses;
 }
 
 std::unordered_map<std::string, DescriptionWatch::Folder>::iterator DescriptionWatch::watchFolder(
@@ -76,6 +83,8 @@ void DescriptionWatch::dropLeastRecent() {
         return a.second.lastUse < b.second.lastUse;
     });
     g_object_unref(oldest->second.monitor);
+    if (m_last == &oldest->second)
+        m_last = nullptr;
     m_folders.erase(oldest);
 }
 

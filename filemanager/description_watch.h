@@ -48,6 +48,8 @@ private:
     Stale m_stale;
     GFileMonitor* m_failsafe = nullptr;
     std::unordered_map<std::string, Folder> m_folders;
+    Folder* m_last = nullptr;  // the folder asked about last, while watched
+    std::string m_lastPath;
     guint m_handOver = 0;
     std::uint64_t m_uses = 0;
 };

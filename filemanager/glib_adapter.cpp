@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
+#include <deque>
 #include <iterator>
 #include <mutex>
 #include <system_error>
@@ -11,6 +12,7 @@
 
 #include "core/startup.h"
 #include "platform/environment.h"
+#include "platform/files.h"
 
 namespace {
 
@@ -18,6 +20,27 @@ struct Owned {
     void operator()(gpointer p) const { g_free(p); }
 };
 using GlibText = std::unique_ptr<char, Owned>;
+
+// The editor's folder; the data folder is found from it as the editor finds it.
+std::string editorFolder() {
+    GlibText found(g_find_program_in_path("veskor"));
+    if (!found)
+        return "/usr/bin/";
+    GlibText folder(g_path_get_dirname(found.get()));
+    return std::string(folder.get()) + "/";
+}
+
+// Found once for the process, by whichever thread asks first.
+const DataPaths& dataPaths() {
+    static const DataPaths data = [] {
+        SharedState state;
+        SilentPrompter silent;
+        StartupWindow noWindow;
+        (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
+        return state.data;
+    }();
+    return data;
+}
 
 // One request of the file manager's, from the main context that made it.
 struct ReadRequest {
@@ -82,8 +105,16 @@ public:
             deliverLater(std::move(alone));
             return;
         }
+        // The worker waits only on an empty queue; a folder's many requests wake it once.
+        if (m_queue.empty())
+            m_ready.notify_one();
         m_queue.push_back(std::move(request));
-        m_ready.notify_one();
+    }
+
+    void prepare() {
+        std::lock_guard lock(m_mutex);
+        if (!m_started)
+            (void)start();
     }
 
 private:
@@ -98,6 +129,10 @@ private:
     }
 
     [[noreturn]] void run() {
+        // Items are read by their names in their folder where the thread may have a
+        // current folder of its own; the file manager's threads keep theirs.
+        const bool ownFolder = ownCurrentFolder();
+        std::unique_ptr<FolderDescriptions> descriptions = reader(ownFolder);
         for (;;) {
             Batch batch;
             {
@@ -110,22 +145,34 @@ private:
                              std::make_move_iterator(end));
                 m_queue.erase(m_queue.begin(), end);
             }
-            read(batch);
+            if (!descriptions)
+                descriptions = reader(ownFolder);
+            if (descriptions)
+                read(*descriptions, batch);
             deliverLater(std::move(batch));
         }
     }
 
-    static void read(Batch& batch) {
+    // The thread's reader; nullptr, and the cells stay empty, when the start-up failed.
+    static std::unique_ptr<FolderDescriptions> reader(bool mayEnterFolders) {
+        try {
+            return std::make_unique<FolderDescriptions>(dataPaths(), mayEnterFolders);
+        } catch (...) {
+            return nullptr;
+        }
+    }
+
+    static void read(FolderDescriptions& descriptions, Batch& batch) {
         std::vector<std::string> paths;
         std::vector<ReadRequest*> asked;
         for (auto& request : batch) {
             if (!request->cancelled() && !request->path.empty()) {
-                paths.push_back(request->path);
+                paths.push_back(std::move(request->path));
                 asked.push_back(request.get());
             }
         }
         try {
-            std::vector<ItemDescription> items = sharedDescriptions().describe(paths);
+            std::vector<ItemDescription> items = descriptions.describe(paths);
             for (std::size_t i = 0; i < asked.size(); ++i)
                 asked[i]->item = std::move(items[i]);
         } catch (...) {
@@ -135,62 +182,46 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_ready;
-    Batch m_queue;
+    std::deque<std::unique_ptr<ReadRequest>> m_queue;
     bool m_started = false;
 };
 
-// The editor's folder; the data folder is found from it as the editor finds it.
-std::string editorFolder() {
-    GlibText found(g_find_program_in_path("veskor"));
-    if (!found)
-        return "/usr/bin/";
-    GlibText folder(g_path_get_dirname(found.get()));
-    return std::string(folder.get()) + "/";
-}
-
-// Found once for the process, by whichever thread asks first.
-const DataPaths& dataPaths() {
-    static const DataPaths data = [] {
-        SharedState state;
-        SilentPrompter silent;
-        StartupWindow noWindow;
-        (void)runStartup(state, {editorFolder(), appDataFolder()}, silent, noWindow);
-        return state.data;
-    }();
-    return data;
+// Made once and never destroyed: its thread may still read while the process ends.
+ReadQueue& readQueue() {
+    static auto* queue = new ReadQueue;
+    return *queue;
 }
 
 }  // namespace
 
 std::string pathOf(GFile* item) {
-    GlibText path(g_file_is_native(item) ? g_file_get_path(item) : nullptr);
-    return path ? std::string(path.get()) : std::string();
-}
-
-FolderDescriptions& sharedDescriptions() {
-    // Never destroyed: the worker may still read while the process ends.
-    static auto* descriptions = new FolderDescriptions(dataPaths());
-    return *descriptions;
+    const char* path = g_file_is_native(item) ? g_file_peek_path(item) : nullptr;
+    return path ? std::string(path) : std::string();
 }
 
 std::string failsafeDatabase() {
     return dataPaths().failsafeDBpath + "ver1.7.dat";
 }
 
-void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
-                          DescriptionReady ready) {
-    // Made once and never destroyed: its thread may still read while the process ends.
-    static auto* queue = new ReadQueue;
-    queue->push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
+void startReading() {
+    readQueue().prepare();
 }
 
-std::string displayText(const std::string& text) {
+void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
+                          DescriptionReady ready) {
+    readQueue().push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
+}
+
+std::string displayText(std::string_view text) {
+    // Almost every text is valid already: it is then taken as it is, without a copy.
+    if (g_utf8_validate_len(text.data(), text.size(), nullptr))
+        return std::string(text);
     GlibText valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
     return valid ? std::string(valid.get()) : std::string();
 }
 
 std::string columnText(const ItemDescription& item) {
-    return displayText(item.text.substr(0, item.text.find('\n')));
+    return displayText(std::string_view(item.text).substr(0, item.text.find('\n')));
 }
 
 bool startEditor(const std::string& path) {

@@ -23,6 +23,11 @@ using DescriptionReady = std::function<void(const ItemDescription& item, bool ca
 // A local item's path; "" for any other (no path on this machine).
 [[nodiscard]] std::string pathOf(GFile* item);
 
+// Starts the worker thread and what it finds once for the process (the user's data
+// folder), ahead of the first request, so that the first folder opened does not wait
+// for them. Requests start it otherwise.
+void startReading();
+
 // Reads the description of the item at the local path on a worker thread. The flag,
 // when given, must live until `ready` was called; setting it cancels the request.
 void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
@@ -32,15 +37,11 @@ void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
 [[nodiscard]] std::string columnText(const ItemDescription& item);
 
 // Valid UTF-8 for display.
-[[nodiscard]] std::string displayText(const std::string& text);
+[[nodiscard]] std::string displayText(std::string_view text);
 
 // Starts the editor on the item, detached; false when it could not be started. The
 // program is `veskor` on the PATH, or the one that VESKOR_EDITOR_PROGRAM names.
 bool startEditor(const std::string& path);
 
-// The reader that every module of the process shares, made on first use from the
-// user's data folder as the editor finds it.
-FolderDescriptions& sharedDescriptions();
-
-// The failsafe database of that data folder.
+// The failsafe database of the user's data folder, as the editor finds it.
 [[nodiscard]] std::string failsafeDatabase();

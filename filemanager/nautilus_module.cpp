@@ -198,6 +198,7 @@ extern "C" {
 
 __attribute__((visibility("default"))) void nautilus_module_initialize(GTypeModule* module) {
     registerProvider(module);
+    startReading();
     g_watch = std::make_unique<DescriptionWatch>(invalidate);
 }
 
