@@ -2,7 +2,7 @@
 # found, installed in that file manager's module folder as its own package component.
 set(GTK3_MODULES "")
 
-# gtk3_module(NAME PKG DIR_VARIABLE FILE_PREFIX SOURCE)
+# gtk3_module(NAME PKG DIR_VARIABLE FILE_PREFIX SOURCE [DEFINITION])
 function(gtk3_module name pkg dir_variable file_prefix source)
     pkg_check_modules(${name}_EXT IMPORTED_TARGET ${pkg})
     if(NOT ${name}_EXT_FOUND)
@@ -19,6 +19,9 @@ function(gtk3_module name pkg dir_variable file_prefix source)
     target_link_libraries(${name}-veskor PRIVATE filemanager_glib PkgConfig::${name}_EXT
                           veskor_warnings)
     target_link_options(${name}-veskor PRIVATE LINKER:--no-undefined LINKER:--exclude-libs,ALL)
+    if(ARGN)
+        target_compile_definitions(${name}-veskor PRIVATE ${ARGN})
+    endif()
     install(TARGETS ${name}-veskor LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${subdir}
             COMPONENT ${name} PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
     string(TOUPPER ${name} upper)
@@ -28,8 +31,8 @@ function(gtk3_module name pkg dir_variable file_prefix source)
     set(GTK3_MODULES ${GTK3_MODULES} ${name} PARENT_SCOPE)
 endfunction()
 
-gtk3_module(caja libcaja-extension extensiondir lib caja_module.cpp)
-gtk3_module(nemo libnemo-extension extensiondir lib nemo_module.cpp)
+gtk3_module(caja libcaja-extension extensiondir lib caja_nemo_module.cpp VESKOR_FOR_CAJA)
+gtk3_module(nemo libnemo-extension extensiondir lib caja_nemo_module.cpp VESKOR_FOR_NEMO)
 gtk3_module(thunar thunarx-3 extensionsdir "" thunar_module.cpp)
 
 # The Options buttons look for the modules relative to the program's folder.
