@@ -11,7 +11,7 @@
 #include "platform/folder_lock.h"
 #include "platform/line_reader.h"
 #include "platform/lookup.h"
-#include "platform/regular_file.h"
+#include "stores/failsafe_db.h"
 
 namespace {
 
@@ -127,28 +127,19 @@ void pushNewRecords(const std::vector<FailsafeChange>& changes, RecordChain& cha
 
 std::error_code rewriteDatabase(const std::string& file,
                                 const std::vector<FailsafeChange>& changes) {
-    FolderLock lock;
-    if (auto ec = lock.acquire(folderOfFile(file), kFolderLockTimeout))
-        return ec;
-    RegularFile old;
-    if (auto ec = old.open(file); ec && ec != std::errc::no_such_file_or_directory)
-        return ec;
-    const bool hadDatabase = old.isOpen();
-    LineReader reader(std::move(old));
-    AtomicFile out(file);
-    out.makePrivate();
-    if (auto ec = out.open(reader.file()))
-        return ec;
-    RecordChain chain(changes);
-    pushNewRecords(changes, chain, out);
-    if (hadDatabase) {
-        for (std::string line; reader.next(line);)
-            chain.push(std::move(line), 0, out);
-        if (reader.error())
-            return reader.error();
-    }
-    chain.finish(out);
-    return out.commit();
+    return rewriteFailsafeFile(file, kFolderLockTimeout,
+                               [&](LineReader* old, AtomicFile& out) -> std::error_code {
+                                   RecordChain chain(changes);
+                                   pushNewRecords(changes, chain, out);
+                                   if (old) {
+                                       for (std::string line; old->next(line);)
+                                           chain.push(std::move(line), 0, out);
+                                       if (old->error())
+                                           return old->error();
+                                   }
+                                   chain.finish(out);
+                                   return {};
+                               });
 }
 
 }  // namespace

@@ -81,36 +81,42 @@ std::error_code copyOtherRecords(LineReader& reader, const RecordMarkers& marker
 }
 
 std::error_code rewriteDatabase(const SharedState& state, std::chrono::milliseconds lockTimeout) {
-    const std::string& file = state.data.failsafeDBfile;
-    // Held from before the database is read until after the rename, so that two
-    // copies of the program never lose each other's record.
+    RecordMarkers markers(state.target.targetFileFullPathname);
+    return rewriteFailsafeFile(state.data.failsafeDBfile, lockTimeout,
+                               [&](LineReader* old, AtomicFile& out) -> std::error_code {
+                                   if (state.removeTargetFileDescFlag != 1) {
+                                       out.writeLine(markers.begin);
+                                       out.writeLine(state.targetFileDesc);
+                                       out.writeLine(markers.end);
+                                   }
+                                   return old ? copyOtherRecords(*old, markers, out)
+                                              : std::error_code();
+                               });
+}
+
+}  // namespace
+
+std::error_code rewriteFailsafeFile(
+    const std::string& file, std::chrono::milliseconds lockTimeout,
+    const std::function<std::error_code(LineReader* old, AtomicFile& out)>& write) {
+    // Two copies of the program never lose each other's record.
     FolderLock lock;
     if (auto ec = lock.acquire(folderOfFile(file), lockTimeout))
         return ec;
-    RegularFile old;
-    if (auto ec = old.open(file); ec && ec != std::errc::no_such_file_or_directory)
+    RegularFile opened;
+    if (auto ec = opened.open(file); ec && ec != std::errc::no_such_file_or_directory)
         return ec;
-    const bool hadDatabase = old.isOpen();
-    LineReader reader(std::move(old));
+    const bool hadDatabase = opened.isOpen();
+    LineReader reader(std::move(opened));
     AtomicFile out(file);
     // Every path and description the user keeps: no one else's to read.
     out.makePrivate();
     if (auto ec = out.open(reader.file()))
         return ec;
-    RecordMarkers markers(state.target.targetFileFullPathname);
-    if (state.removeTargetFileDescFlag != 1) {
-        out.writeLine(markers.begin);
-        out.writeLine(state.targetFileDesc);
-        out.writeLine(markers.end);
-    }
-    if (hadDatabase) {
-        if (auto ec = copyOtherRecords(reader, markers, out))
-            return ec;
-    }
+    if (auto ec = write(hadDatabase ? &reader : nullptr, out))
+        return ec;
     return out.commit();
 }
-
-}  // namespace
 
 std::optional<std::string> readFailsafeDB(const std::string& failsafeDBfile,
                                           const std::string& targetFileFullPathname) {
@@ -220,9 +226,7 @@ void writeRecord(AtomicFile& out, const std::string& key, const std::vector<std:
 }
 
 // Streams the database into `out`, moving or copying the records of `move`.
-std::error_code copyMovingRecords(const std::string& file, const RecordMove& move,
-                                  AtomicFile& out) {
-    LineReader reader(file);
+std::error_code copyMovingRecords(LineReader& reader, const RecordMove& move, AtomicFile& out) {
     std::string line;
     std::vector<std::string> record;
     while (reader.next(line)) {
@@ -255,17 +259,12 @@ std::error_code copyMovingRecords(const std::string& file, const RecordMove& mov
 }
 
 std::error_code rewriteMovingRecords(const std::string& file, const RecordMove& move) {
-    FolderLock lock;
-    if (auto ec = lock.acquire(folderOfFile(file), kFolderLockTimeout))
-        return ec;
     if (!fileExists(file))
         return {};
-    AtomicFile out(file);
-    if (auto ec = out.open())
-        return ec;
-    if (auto ec = copyMovingRecords(file, move, out))
-        return ec;
-    return out.commit();
+    return rewriteFailsafeFile(
+        file, kFolderLockTimeout, [&](LineReader* old, AtomicFile& out) -> std::error_code {
+            return old ? copyMovingRecords(*old, move, out) : std::error_code();
+        });
 }
 
 }  // namespace

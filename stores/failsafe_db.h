@@ -2,12 +2,17 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <unordered_map>
 
 #include "contracts/prompter.h"
 #include "contracts/shared_state.h"
+
+class AtomicFile;
+class LineReader;
 
 // The failsafe database "ver1.7.dat": a copy of every description saved, keyed by the
 // target's full path in upper case, newest record first. A record is three parts,
@@ -39,6 +44,14 @@
 // The same with another wait for the lock than kFolderLockTimeout.
 [[nodiscard]] WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter,
                                            std::chrono::milliseconds lockTimeout);
+
+// One rewrite of the database file, the way every writer of it goes: under its folder's
+// lock, held from before the old file is read until after the rename; the old file read
+// through one descriptor (`old` is nullptr where there is none yet); the new file private
+// (0600), committed when `write` succeeds. Writers other than updateFailsafeDB() use it.
+[[nodiscard]] std::error_code rewriteFailsafeFile(
+    const std::string& file, std::chrono::milliseconds lockTimeout,
+    const std::function<std::error_code(LineReader* old, AtomicFile& out)>& write);
 
 // ---- Many targets at once (veskor-cli's listings, moves and copies)
 
