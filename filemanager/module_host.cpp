@@ -91,24 +91,36 @@ bool runUntil(const std::function<bool()>& done, int seconds) {
     return done();
 }
 
+InfoRequests::InfoRequests()
+    : m_provider(moduleProvider(NAUTILUS_TYPE_INFO_PROVIDER)),
+      m_complete(g_cclosure_new(G_CALLBACK(completed), &m_completions, nullptr)) {
+    g_closure_set_marshal(m_complete, g_cclosure_marshal_generic);
+    g_closure_ref(m_complete);
+    g_closure_sink(m_complete);
+}
+
+InfoRequests::~InfoRequests() {
+    g_closure_unref(m_complete);
+}
+
+bool InfoRequests::ask(TestFileInfo* item) {
+    ++m_asked;
+    NautilusOperationHandle* handle = nullptr;
+    return nautilus_info_provider_update_file_info(NAUTILUS_INFO_PROVIDER(m_provider),
+                                                   NAUTILUS_FILE_INFO(item), m_complete,
+                                                   &handle) == NAUTILUS_OPERATION_IN_PROGRESS;
+}
+
+bool InfoRequests::waitForAll(int seconds) {
+    return runUntil([this] { return m_completions == m_asked; }, seconds);
+}
+
 bool updateFileInfo(const std::vector<TestFileInfo*>& items, int seconds) {
-    auto* provider = NAUTILUS_INFO_PROVIDER(moduleProvider(NAUTILUS_TYPE_INFO_PROVIDER));
-    std::size_t completions = 0;
-    GClosure* complete = g_cclosure_new(G_CALLBACK(completed), &completions, nullptr);
-    g_closure_set_marshal(complete, g_cclosure_marshal_generic);
-    g_closure_ref(complete);
-    g_closure_sink(complete);
+    InfoRequests requests;
     bool inProgress = true;
-    for (TestFileInfo* item : items) {
-        NautilusOperationHandle* handle = nullptr;
-        inProgress =
-            nautilus_info_provider_update_file_info(provider, NAUTILUS_FILE_INFO(item), complete,
-                                                    &handle) == NAUTILUS_OPERATION_IN_PROGRESS &&
-            inProgress;
-    }
-    const bool done = runUntil([&] { return completions == items.size(); }, seconds);
-    g_closure_unref(complete);
-    return inProgress && done;
+    for (TestFileInfo* item : items)
+        inProgress = requests.ask(item) && inProgress;
+    return requests.waitForAll(seconds) && inProgress;
 }
 
 std::string columnValue(TestFileInfo* item) {
