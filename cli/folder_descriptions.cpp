@@ -86,8 +86,8 @@ ItemDescription FolderDescriptions::describeIn(Folder& folder, const std::string
         return {};
     // The listing tells what the item is; only one made after it is asked about.
     bool isLink = false;
-    if (auto listed = folder.isLink.find(std::string(name)); listed != folder.isLink.end()) {
-        isLink = listed->second;
+    if (const FolderItem* listed = folder.listed(name)) {
+        isLink = listed->isLink;
     } else {
         struct stat st {};
         if (::lstat(path.c_str(), &st) != 0)
@@ -131,22 +131,37 @@ FolderDescriptions::Folder& FolderDescriptions::readerFor(const std::string& pat
 }
 
 void FolderDescriptions::fill(Folder& folder, const std::string& path, const FileSignature& now) {
-    std::vector<FolderItem> items;
+    std::vector<FolderItem>& items = folder.items;
+    folder.places.clear();
+    folder.next = 0;
     const bool listed = !readFolder(path, items);
     folder.folder = now;
     folder.index = FileSignature::of(path + "00_index.txt");
     folder.descriptIonPath = listed ? descriptIonIn(path, items) : descriptIonFile(path);
     folder.descriptIon = FileSignature::of(folder.descriptIonPath);
+    // The reader looks among the names for exported files only.
     std::vector<std::string> names;
-    names.reserve(items.size());
-    folder.isLink.clear();
-    folder.isLink.reserve(items.size());
-    for (FolderItem& item : items) {
-        folder.isLink.emplace(item.name, item.isLink);
-        names.push_back(std::move(item.name));
+    for (const FolderItem& item : items) {
+        if (isExportedFileName(item.name))
+            names.push_back(item.name);
     }
     folder.reader = std::make_unique<BatchReader>(*m_failsafe, m_mayEnterFolders);
     folder.reader->enterFolder(path, names);
+}
+
+const FolderItem* FolderDescriptions::Folder::listed(std::string_view name) {
+    if (next < items.size() && items[next].name == name)
+        return &items[next++];
+    if (places.empty()) {
+        places.reserve(items.size());
+        for (std::size_t i = 0; i < items.size(); ++i)
+            places.emplace(items[i].name, i);
+    }
+    auto place = places.find(name);
+    if (place == places.end())
+        return nullptr;
+    next = place->second + 1;
+    return &items[place->second];
 }
 
 void FolderDescriptions::dropLeastRecent() {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -59,8 +60,14 @@ private:
     struct Folder {
         FileSignature folder, index, descriptIon;
         std::string descriptIonPath;  // "" when the folder had none
-        // Its entries as the listing saw them: whether each is a link.
-        std::unordered_map<std::string, bool> isLink;
+        // Its entries as the listing saw them, in the listing's order, which is mostly
+        // the order they are asked about in: the next one is tried before any lookup.
+        std::vector<FolderItem> items;
+        std::size_t next = 0;
+        // Each name's place among the items, made when one is asked about out of turn.
+        std::unordered_map<std::string_view, std::size_t> places;
+
+        const FolderItem* listed(std::string_view name);
         std::unique_ptr<BatchReader> reader;
         std::uint64_t lastUse = 0;
     };
