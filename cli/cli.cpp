@@ -61,52 +61,76 @@ struct Call {
     bool hasText = false;
 };
 
-void addVerbs(CLI::App& app, Call& call) {
-    auto verb = [&](const char* name, const char* description) {
-        CLI::App* sub = app.add_subcommand(name, description);
-        sub->callback([&call, name] { call.verb = name; });
-        return sub;
-    };
-    verb("get", "Print the description of PATH; exit 3 when there is none")
+// A verb that, when called, names itself in `call`.
+CLI::App* addVerb(CLI::App& app, Call& call, const char* name, const char* description) {
+    CLI::App* sub = app.add_subcommand(name, description);
+    sub->callback([&call, name] { call.verb = name; });
+    return sub;
+}
+
+// The verbs that read or write the description of one path.
+void addPathVerbs(CLI::App& app, Call& call) {
+    addVerb(app, call, "get", "Print the description of PATH; exit 3 when there is none")
         ->add_option("PATH", call.path)
         ->required();
 
-    CLI::App* set = verb("set", "Store TEXT (or standard input) as the description of PATH");
+    CLI::App* set =
+        addVerb(app, call, "set", "Store TEXT (or standard input) as the description of PATH");
     set->add_flag("--export", call.exportBox, "also write PATH.description");
     set->add_flag("--yes", call.yes, "answer Yes to every question (otherwise No)");
     set->add_option("PATH", call.path)->required();
     set->add_option("TEXT", call.text)->each([&call](const std::string&) { call.hasText = true; });
 
-    verb("stores", "Show what every store holds for PATH")
+    addVerb(app, call, "stores", "Show what every store holds for PATH")
         ->add_option("PATH", call.path)
         ->required();
+}
 
-    CLI::App* ls = verb("ls", "List the described entries of DIR: NAME<TAB>FIRST LINE");
+// The verbs that look through a folder.
+void addSearchVerbs(CLI::App& app, Call& call) {
+    CLI::App* ls =
+        addVerb(app, call, "ls", "List the described entries of DIR: NAME<TAB>FIRST LINE");
     ls->add_flag("-a,--all", call.all, "list the entries without a description too");
     ls->add_flag("--json", call.json, "one {\"path\", \"description\", \"source\"} per line");
     ls->add_option("DIR", call.folder);
 
-    CLI::App* find = verb("find",
-                          "Find what under DIR has TEXT in its description; exit 3 "
-                          "when nothing has");
+    CLI::App* find = addVerb(app, call, "find",
+                             "Find what under DIR has TEXT in its description; exit 3 "
+                             "when nothing has");
     find->add_flag("--json", call.json, "JSON lines, as ls --json");
     find->add_option("TEXT", call.text)->required();
     find->add_option("DIR", call.folder);
+}
 
-    CLI::App* mv = verb("mv", "Move SRC to DST with its description; an existing DST exits 2");
-    CLI::App* cp = verb("cp", "Copy SRC to DST with its description; an existing DST exits 2");
+// The verbs that move or copy files with their descriptions.
+void addTransferVerbs(CLI::App& app, Call& call) {
+    CLI::App* mv =
+        addVerb(app, call, "mv", "Move SRC to DST with its description; an existing DST exits 2");
+    CLI::App* cp =
+        addVerb(app, call, "cp", "Copy SRC to DST with its description; an existing DST exits 2");
     cp->add_flag("-r,-R,--recursive", call.recursive, "copy a folder with everything in it");
     for (CLI::App* sub : {mv, cp}) {
         sub->add_option("SRC", call.path)->required();
         sub->add_option("DST", call.destination)->required();
     }
+}
 
-    verb("export", "Write every described entry under DIR as JSON lines")
+// The verbs that carry the descriptions of a whole tree as JSON lines.
+void addJsonVerbs(CLI::App& app, Call& call) {
+    addVerb(app, call, "export", "Write every described entry under DIR as JSON lines")
         ->add_option("DIR", call.folder);
-    verb("import",
-         "Store the descriptions of JSON lines from FILE or standard input; exit 1 "
-         "when any was skipped")
+    addVerb(app, call, "import",
+            "Store the descriptions of JSON lines from FILE or standard input; exit 1 "
+            "when any was skipped")
         ->add_option("FILE", call.path);
+}
+
+// In the order --help lists them.
+void addVerbs(CLI::App& app, Call& call) {
+    addPathVerbs(app, call);
+    addSearchVerbs(app, call);
+    addTransferVerbs(app, call);
+    addJsonVerbs(app, call);
 }
 
 int runVerb(const std::string& appPath, CliStreams streams, const Call& call) {

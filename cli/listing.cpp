@@ -166,6 +166,152 @@ struct StopReaders {
     }
 };
 
+// One walk through a tree: the reader threads read the next few folders ahead while the
+// calling thread hands out the entries of the first, in the tree's order.
+class TreeWalk {
+public:
+    using Each = std::function<void(const ListedEntry&)>;
+
+    TreeWalk(const DataPaths& data, FailsafeScan& failsafe, const std::string& top,
+             std::size_t ahead)
+        : m_data(data), m_failsafe(failsafe), m_ahead(ahead) {
+        m_order.folders.emplace_back(top);
+    }
+
+    // Hands out every entry of the tree to `each`; false when a folder could not be read.
+    bool run(std::size_t readers, const Each& each);
+
+private:
+    using FolderIt = std::list<TreeOrder::Folder>::iterator;
+
+    std::vector<std::jthread> startReaders(std::size_t readers);
+    void readFolders();
+    void readAhead(FolderReader& reader, std::unique_lock<std::mutex>& lock, FolderIt next);
+    template <class Deliver>
+    void read(FolderReader& reader, std::unique_lock<std::mutex>& lock, FolderIt next,
+              Deliver deliver);
+    bool handOutAll(FolderReader* here, const Each& each);
+    static void handOut(std::vector<ListedEntry>& part, std::unique_lock<std::mutex>& lock,
+                        const Each& each);
+
+    const DataPaths m_data;
+    FailsafeScan& m_failsafe;
+    const std::size_t m_ahead;
+    TreeOrder m_order;
+};
+
+bool TreeWalk::run(std::size_t readers, const Each& each) {
+    std::vector<std::jthread> threads = startReaders(readers);
+    // Without threads, this one reads each folder as its turn comes.
+    std::optional<FolderReader> here;
+    if (threads.empty())
+        here.emplace(m_data, m_failsafe, true);
+    // Declared after the threads, so that they are told to stop before they are joined.
+    StopReaders stop{m_order};
+    return handOutAll(here ? &*here : nullptr, each);
+}
+
+std::vector<std::jthread> TreeWalk::startReaders(std::size_t readers) {
+    std::vector<std::jthread> threads;
+    try {
+        for (std::size_t i = 0; i < readers; ++i)
+            threads.emplace_back([this] { readFolders(); });
+    } catch (const std::system_error&) {
+        // Fewer threads read; with none, the calling thread reads.
+    }
+    return threads;
+}
+
+void TreeWalk::readFolders() {
+    // Each thread enters the folders it reads; without a current folder of its own, it
+    // names the entries by their full paths.
+    FolderReader reader(m_data, m_failsafe, ownCurrentFolder());
+    std::unique_lock lock(m_order.mutex);
+    while (!m_order.stopped && !m_order.folders.empty()) {
+        auto next = m_order.nextToRead(m_ahead);
+        if (next == m_order.folders.end())
+            m_order.changed.wait(lock);
+        else
+            readAhead(reader, lock, next);
+    }
+}
+
+// A reader thread's part waits, while the folder holds as many entries already, for the
+// caller to take them.
+void TreeWalk::readAhead(FolderReader& reader, std::unique_lock<std::mutex>& lock, FolderIt next) {
+    read(reader, lock, next, [&](std::vector<ListedEntry>& part) {
+        m_order.changed.wait(
+            lock, [&] { return m_order.stopped || next->entries.size() < kPartEntries; });
+        std::move(part.begin(), part.end(), std::back_inserter(next->entries));
+        part.clear();
+        m_order.changed.notify_all();
+    });
+}
+
+// Reads the folder, with the lock held on entry and on return, handing its entries over
+// in parts: a wide folder is never held whole. `deliver` takes each part with the lock
+// held. The folder's folders join the order right after it.
+template <class Deliver>
+void TreeWalk::read(FolderReader& reader, std::unique_lock<std::mutex>& lock, FolderIt next,
+                    Deliver deliver) {
+    next->stage = TreeOrder::Stage::Reading;
+    lock.unlock();
+    std::vector<ListedEntry> part;
+    std::vector<std::string> subfolders;
+    const bool readable = reader.read(next->path, [&](ListedEntry& entry) {
+        if (entry.isFolder)
+            subfolders.push_back(entry.path + "/");
+        part.push_back(std::move(entry));
+        if (part.size() < kPartEntries)
+            return;
+        lock.lock();
+        deliver(part);
+        lock.unlock();
+    });
+    lock.lock();
+    deliver(part);
+    next->readable = readable;
+    next->stage = TreeOrder::Stage::Read;
+    const auto after = std::next(next);
+    for (std::string& path : subfolders)
+        m_order.folders.emplace(after, std::move(path));
+    m_order.changed.notify_all();
+}
+
+// Takes the entries of the first folder in the order as they come; with `here`, this
+// thread reads that folder itself and hands each part out at once.
+bool TreeWalk::handOutAll(FolderReader* here, const Each& each) {
+    bool ok = true;
+    std::unique_lock lock(m_order.mutex);
+    while (!m_order.folders.empty()) {
+        auto front = m_order.folders.begin();
+        if (here && front->stage == TreeOrder::Stage::Waiting)
+            read(*here, lock, front,
+                 [&](std::vector<ListedEntry>& part) { handOut(part, lock, each); });
+        m_order.changed.wait(lock, [&] {
+            return !front->entries.empty() || front->stage == TreeOrder::Stage::Read;
+        });
+        std::vector<ListedEntry> part = std::move(front->entries);
+        front->entries.clear();
+        ok = front->stage != TreeOrder::Stage::Read || front->readable ? ok : false;
+        if (part.empty())
+            m_order.folders.pop_front();
+        m_order.changed.notify_all();
+        handOut(part, lock, each);
+    }
+    return ok;
+}
+
+// Calls `each` for the part's entries without the lock.
+void TreeWalk::handOut(std::vector<ListedEntry>& part, std::unique_lock<std::mutex>& lock,
+                       const Each& each) {
+    lock.unlock();
+    for (const ListedEntry& entry : part)
+        each(entry);
+    part.clear();
+    lock.lock();
+}
+
 }  // namespace
 
 std::size_t Listing::defaultReaders() {
@@ -176,101 +322,6 @@ std::size_t Listing::defaultReaders() {
 
 bool Listing::listTree(const std::string& folder,
                        const std::function<void(const ListedEntry&)>& each, std::size_t readers) {
-    const std::size_t ahead = readers + 1;
-    TreeOrder order;
-    order.folders.emplace_back(folder);
-    const DataPaths data = m_session.state.data;
-
-    // Reads the folder, with the lock held on entry and on return, handing its entries
-    // over in parts: a wide folder is never held whole. `deliver` takes each part with
-    // the lock held. The folder's folders join the order right after it.
-    auto readWith = [&](FolderReader& reader, std::unique_lock<std::mutex>& lock,
-                        std::list<TreeOrder::Folder>::iterator next, auto deliver) {
-        next->stage = TreeOrder::Stage::Reading;
-        lock.unlock();
-        std::vector<ListedEntry> part;
-        std::vector<std::string> subfolders;
-        const bool readable = reader.read(next->path, [&](ListedEntry& entry) {
-            if (entry.isFolder)
-                subfolders.push_back(entry.path + "/");
-            part.push_back(std::move(entry));
-            if (part.size() < kPartEntries)
-                return;
-            lock.lock();
-            deliver(part);
-            lock.unlock();
-        });
-        lock.lock();
-        deliver(part);
-        next->readable = readable;
-        next->stage = TreeOrder::Stage::Read;
-        const auto after = std::next(next);
-        for (std::string& path : subfolders)
-            order.folders.emplace(after, std::move(path));
-        order.changed.notify_all();
-    };
-    // A reader thread's part waits, while the folder holds as many entries already, for
-    // the caller to take them.
-    auto readOne = [&](FolderReader& reader, std::unique_lock<std::mutex>& lock,
-                       std::list<TreeOrder::Folder>::iterator next) {
-        readWith(reader, lock, next, [&](std::vector<ListedEntry>& part) {
-            order.changed.wait(
-                lock, [&] { return order.stopped || next->entries.size() < kPartEntries; });
-            std::move(part.begin(), part.end(), std::back_inserter(next->entries));
-            part.clear();
-            order.changed.notify_all();
-        });
-    };
-    auto readFolders = [&] {
-        // Each thread enters the folders it reads; without a current folder of its own,
-        // it names the entries by their full paths.
-        FolderReader reader(data, m_failsafe, ownCurrentFolder());
-        std::unique_lock lock(order.mutex);
-        while (!order.stopped && !order.folders.empty()) {
-            auto next = order.nextToRead(ahead);
-            if (next == order.folders.end())
-                order.changed.wait(lock);
-            else
-                readOne(reader, lock, next);
-        }
-    };
-    std::vector<std::jthread> threads;
-    try {
-        for (std::size_t i = 0; i < readers; ++i)
-            threads.emplace_back(readFolders);
-    } catch (const std::system_error&) {
-        // Fewer threads read; with none, this one reads each folder as its turn comes.
-    }
-    std::optional<FolderReader> here;
-    if (threads.empty())
-        here.emplace(data, m_failsafe, true);
-    // Without threads, this one reads the folder and hands each part out at once.
-    auto handOut = [&](std::vector<ListedEntry>& part, std::unique_lock<std::mutex>& lock) {
-        lock.unlock();
-        for (const ListedEntry& entry : part)
-            each(entry);
-        part.clear();
-        lock.lock();
-    };
-
-    StopReaders stop{order};
-    bool ok = true;
-    std::unique_lock lock(order.mutex);
-    while (!order.folders.empty()) {
-        auto front = order.folders.begin();
-        if (here && front->stage == TreeOrder::Stage::Waiting)
-            readWith(*here, lock, front,
-                     [&](std::vector<ListedEntry>& part) { handOut(part, lock); });
-        order.changed.wait(lock, [&] {
-            return !front->entries.empty() || front->stage == TreeOrder::Stage::Read;
-        });
-        std::vector<ListedEntry> part = std::move(front->entries);
-        front->entries.clear();
-        ok = front->stage != TreeOrder::Stage::Read || front->readable ? ok : false;
-        if (part.empty())
-            order.folders.pop_front();
-        order.changed.notify_all();
-        handOut(part, lock);
-    }
-    return ok;
+    TreeWalk walk(m_session.state.data, m_failsafe, folder, readers + 1);
+    return walk.run(readers, each);
 }
