@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr std::string_view kMarkerPrefix = "Veskor failsafe DB 1.7 ";
 constexpr std::string_view kBeginPrefix = "Veskor failsafe DB 1.7 BEGIN ";
 constexpr std::string_view kEndPrefix = "Veskor failsafe DB 1.7 END ";
 constexpr std::string_view kUpdateFailed = "Error: Problem while updating filesafe DB.";
@@ -23,14 +22,6 @@ constexpr std::string_view kUpdateFailed = "Error: Problem while updating filesa
 bool isAscii(std::string_view bytes) {
     return std::all_of(bytes.begin(), bytes.end(),
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// As the single save compares a marker: the bytes, or a line in a Windows code page
-// decoded.
-bool isMarker(std::string_view line, std::string_view marker) {
-    if (line == marker)
-        return true;
-    return line.starts_with(kMarkerPrefix) && !isAscii(line) && decodeFileText(line) == marker;
 }
 
 // The saves one after another are a chain of filters over the database's lines: the

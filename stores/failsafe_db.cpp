@@ -33,16 +33,6 @@ bool isAscii(std::string_view bytes) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// Lines are compared as bytes; a line written by a Windows program in its own code
-// page is decoded first, so its record is still found. Decoding leaves ASCII as it
-// is, so only lines with other bytes need it: the scan of a large database stays a
-// comparison per line.
-bool isMarker(std::string_view line, std::string_view marker) {
-    if (line == marker)
-        return true;
-    return line.starts_with(kMarkerPrefix) && !isAscii(line) && decodeFileText(line) == marker;
-}
-
 // Skips the lines of a record up to and including its end line, or to the file's end.
 void skipRecord(LineReader& reader, const RecordMarkers& markers) {
     std::string line;
@@ -95,6 +85,14 @@ std::error_code rewriteDatabase(const SharedState& state, std::chrono::milliseco
 }
 
 }  // namespace
+
+// Decoding leaves ASCII as it is, so only lines with other bytes need it: the scan of a
+// large database stays a comparison per line.
+bool isMarker(std::string_view line, std::string_view marker) {
+    if (line == marker)
+        return true;
+    return line.starts_with(kMarkerPrefix) && !isAscii(line) && decodeFileText(line) == marker;
+}
 
 std::error_code rewriteFailsafeFile(
     const std::string& file, std::chrono::milliseconds lockTimeout,

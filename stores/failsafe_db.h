@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <unordered_map>
 
@@ -44,6 +45,11 @@ class LineReader;
 // The same with another wait for the lock than kFolderLockTimeout.
 [[nodiscard]] WriteResult updateFailsafeDB(const SharedState& state, Prompter& prompter,
                                            std::chrono::milliseconds lockTimeout);
+
+// Whether a line of the database is `marker` (a record's begin or end line): compared as
+// bytes, or, for a line that a Windows program wrote in its own code page, decoded first,
+// so that its record is still found.
+[[nodiscard]] bool isMarker(std::string_view line, std::string_view marker);
 
 // One rewrite of the database file, the way every writer of it goes: under its folder's
 // lock, held from before the old file is read until after the rename; the old file read
