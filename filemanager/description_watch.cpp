@@ -57,6 +57,10 @@ std::unordered_map<std::string, DescriptionWatch::Folder>::iterator DescriptionW
     const std::string& folderPath) {
     if (!m_failsafe)
         m_failsafe = monitor(failsafeDatabase(), false, G_CALLBACK(onFailsafeChanged));
+    // Both take a while in a large folder: the reader lists it while the watch starts.
+    // The items' requests come after the watch and check the shared stores again, so a
+    // change in between is not missed.
+    prepareFolder(folderPath);
     GFileMonitor* folder = monitor(folderPath, true, G_CALLBACK(onFolderChanged));
     if (!folder)
         return m_folders.end();

@@ -42,7 +42,8 @@ const DataPaths& dataPaths() {
     return data;
 }
 
-// One request of the file manager's, from the main context that made it.
+// One request of the file manager's, from the main context that made it; one without
+// `ready` only prepares the folder at its path.
 struct ReadRequest {
     ReadRequest(std::string itemPath, DescriptionReady whenReady,
                 const std::atomic<bool>* cancelFlag)
@@ -100,6 +101,8 @@ public:
     void push(std::unique_ptr<ReadRequest> request) {
         std::lock_guard lock(m_mutex);
         if (!m_started && !start()) {
+            if (!request->ready)
+                return;
             Batch alone;
             alone.push_back(std::move(request));
             deliverLater(std::move(alone));
@@ -149,6 +152,7 @@ private:
                 descriptions = reader(ownFolder);
             if (descriptions)
                 read(*descriptions, batch);
+            std::erase_if(batch, [](const std::unique_ptr<ReadRequest>& r) { return !r->ready; });
             deliverLater(std::move(batch));
         }
     }
@@ -166,7 +170,9 @@ private:
         std::vector<std::string> paths;
         std::vector<ReadRequest*> asked;
         for (auto& request : batch) {
-            if (!request->cancelled() && !request->path.empty()) {
+            if (!request->ready)
+                prepare(descriptions, request->path);
+            else if (!request->cancelled() && !request->path.empty()) {
                 paths.push_back(std::move(request->path));
                 asked.push_back(request.get());
             }
@@ -177,6 +183,14 @@ private:
                 asked[i]->item = std::move(items[i]);
         } catch (...) {
             // Out of memory or a fault in a store: the cells stay empty.
+        }
+    }
+
+    static void prepare(FolderDescriptions& descriptions, const std::string& folder) {
+        try {
+            descriptions.prepare(folder);
+        } catch (...) {
+            // The items' own requests read the folder then.
         }
     }
 
@@ -210,6 +224,10 @@ void startReading() {
 void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
                           DescriptionReady ready) {
     readQueue().push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
+}
+
+void prepareFolder(std::string path) {
+    readQueue().push(std::make_unique<ReadRequest>(std::move(path), nullptr, nullptr));
 }
 
 std::string displayText(std::string_view text) {

@@ -33,6 +33,10 @@ void startReading();
 void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
                           DescriptionReady ready);
 
+// Lists the folder at the local path and reads its shared stores on the worker thread
+// ahead of its items' requests, which then only check them for changes.
+void prepareFolder(std::string path);
+
 // The description's first line, valid UTF-8 whatever the stores held.
 [[nodiscard]] std::string columnText(const ItemDescription& item);
 
