@@ -31,7 +31,7 @@ extern "C" {
 }
 
 #include <atomic>
-#include <memory>
+#include <utility>
 
 #include "filemanager/description_page.h"
 #include "filemanager/description_watch.h"
@@ -43,7 +43,8 @@ constexpr char kAttribute[] = "veskor_description";
 constexpr char kLocationKey[] = "veskor-location";
 
 GType g_providerType = 0;
-std::unique_ptr<DescriptionWatch> g_watch;
+// Never destroyed at exit: the file manager is ending, and its folders with it.
+DescriptionWatch* g_watch = nullptr;
 
 // A local item's location, or nullptr (a new reference).
 GFile* localLocation(FM_T(FileInfo) * file) {
@@ -207,11 +208,11 @@ extern "C" {
 
 __attribute__((visibility("default"))) void FM_FN(module_initialize)(GTypeModule* module) {
     registerProvider(module);
-    g_watch = std::make_unique<DescriptionWatch>(invalidate);
+    g_watch = new DescriptionWatch(invalidate);
 }
 
 __attribute__((visibility("default"))) void FM_FN(module_shutdown)() {
-    g_watch.reset();
+    delete std::exchange(g_watch, nullptr);
 }
 
 __attribute__((visibility("default"))) void FM_FN(module_list_types)(const GType** types,

@@ -7,7 +7,7 @@ extern "C" {
 #include <nautilus-extension.h>
 }
 
-#include <memory>
+#include <utility>
 
 #include "filemanager/description_watch.h"
 #include "filemanager/glib_adapter.h"
@@ -18,7 +18,8 @@ constexpr char kAttribute[] = "veskor_description";
 constexpr char kPathKey[] = "veskor-path";
 
 GType g_providerType = 0;
-std::unique_ptr<DescriptionWatch> g_watch;
+// Never destroyed at exit: the file manager is ending, and its folders with it.
+DescriptionWatch* g_watch = nullptr;
 
 // A local item's path; "" for any other.
 std::string localPath(NautilusFileInfo* file) {
@@ -199,11 +200,11 @@ extern "C" {
 __attribute__((visibility("default"))) void nautilus_module_initialize(GTypeModule* module) {
     registerProvider(module);
     startReading();
-    g_watch = std::make_unique<DescriptionWatch>(invalidate);
+    g_watch = new DescriptionWatch(invalidate);
 }
 
 __attribute__((visibility("default"))) void nautilus_module_shutdown() {
-    g_watch.reset();
+    delete std::exchange(g_watch, nullptr);
 }
 
 __attribute__((visibility("default"))) void nautilus_module_list_types(const GType** types,
