@@ -83,6 +83,26 @@ void FolderDescriptions::prepare(const std::string& folder) {
     readerFor(withTrailingSeparator(folder));
 }
 
+std::vector<std::pair<std::string, ItemDescription>> FolderDescriptions::describeFolder(
+    const std::string& folderPath, std::size_t first, std::size_t count) {
+    std::lock_guard lock(m_mutex);
+    refreshFailsafe();
+    const std::string path = withTrailingSeparator(folderPath);
+    Folder& folder = readerFor(path);
+    folder.reader->reenterFolder();
+    const std::size_t end = std::min(folder.items.size(), first + count);
+    std::vector<std::string> paths;
+    for (std::size_t i = first; i < end; ++i)
+        paths.push_back(path + folder.items[i].name);
+    std::vector<ItemDescription> items(paths.size());
+    describeRun(folder, paths, 0, paths.size(), items);
+    std::vector<std::pair<std::string, ItemDescription>> described;
+    described.reserve(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i)
+        described.emplace_back(folder.items[first + i].name, std::move(items[i]));
+    return described;
+}
+
 void FolderDescriptions::describeRun(Folder& folder, const std::vector<std::string>& paths,
                                      std::size_t begin, std::size_t end,
                                      std::vector<ItemDescription>& items) {

@@ -13,6 +13,10 @@ constexpr guint kSettleMs = 150;
 // Folders watched at most; the one asked about least recently goes first.
 constexpr std::size_t kFoldersWatched = 64;
 
+std::string childPath(const std::string& folder, const std::string& name) {
+    return folder == "/" ? folder + name : folder + "/" + name;
+}
+
 std::string taken(char* text) {
     std::string copy = text ? text : "";
     g_free(text);
@@ -64,6 +68,8 @@ std::unordered_map<std::string, DescriptionWatch::Folder>::iterator DescriptionW
     GFileMonitor* folder = monitor(folderPath, true, G_CALLBACK(onFolderChanged));
     if (!folder)
         return m_folders.end();
+    // Only now: what changes from here on is forgotten as it is seen.
+    readAheadColumns(folderPath);
     auto it = m_folders.try_emplace(folderPath).first;
     it->second.monitor = folder;
     if (m_folders.size() > kFoldersWatched)
@@ -87,6 +93,7 @@ void DescriptionWatch::dropLeastRecent() {
         return a.second.lastUse < b.second.lastUse;
     });
     g_object_unref(oldest->second.monitor);
+    columnCache().forgetFolder(oldest->first);
     if (m_last == &oldest->second)
         m_last = nullptr;
     m_folders.erase(oldest);
@@ -104,7 +111,8 @@ void DescriptionWatch::onFolderChanged(GFileMonitor*, GFile* child, GFile* other
         GFile* parent = g_file_get_parent(file);
         if (!parent)
             continue;
-        watch->folderChanged(taken(g_file_get_path(parent)), taken(g_file_get_basename(file)));
+        watch->folderChanged(taken(g_file_get_path(parent)), taken(g_file_get_basename(file)),
+                             event);
         g_object_unref(parent);
     }
 }
@@ -114,23 +122,34 @@ void DescriptionWatch::onFailsafeChanged(GFileMonitor*, GFile*, GFile*, GFileMon
     if (event == G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
         return;
     auto* watch = static_cast<DescriptionWatch*>(self);
+    columnCache().forgetAll();
     for (auto& [path, folder] : watch->m_folders)
         folder.allStale = true;
     watch->scheduleHandOver();
 }
 
-void DescriptionWatch::folderChanged(const std::string& folderPath, const std::string& name) {
+void DescriptionWatch::folderChanged(const std::string& folderPath, const std::string& name,
+                                     GFileMonitorEvent event) {
     auto it = m_folders.find(folderPath);
-    if (it == m_folders.end())
+    if (it == m_folders.end()) {
+        // The watched folder itself, moved or deleted.
+        columnCache().forgetFolder(childPath(folderPath, name));
         return;
+    }
     Folder& folder = it->second;
+    columnCache().forget(childPath(folderPath, name));
     const std::string upper = upperCase(name);
     if (upper == "00_INDEX.TXT" || upper == "DESCRIPT.ION") {
+        columnCache().forgetFolder(folderPath);
         folder.allStale = true;
     } else if (upper.size() > kExportedSuffix.size() && upper.ends_with(kExportedSuffix)) {
         std::string described = name.substr(0, name.size() - kExportedSuffix.size());
+        columnCache().forget(childPath(folderPath, described));
         if (folder.names.contains(described))
             folder.stale.insert(std::move(described));
+    } else if (event == G_FILE_MONITOR_EVENT_ATTRIBUTE_CHANGED && folder.names.contains(name)) {
+        // Its stream: an answer read ahead may have been handed out before the change.
+        folder.stale.insert(name);
     } else {
         return;
     }
@@ -146,6 +165,9 @@ gboolean DescriptionWatch::handOver(gpointer self) {
     auto* watch = static_cast<DescriptionWatch*>(self);
     watch->m_handOver = 0;
     for (auto& [path, folder] : watch->m_folders) {
+        // The file manager asks about each of them again, one at a time.
+        if (folder.allStale && !folder.names.empty())
+            readAheadColumns(path);
         const auto& names = folder.allStale ? folder.names : folder.stale;
         for (const std::string& name : names) {
             GFile* item = g_file_new_build_filename(path.c_str(), name.c_str(), nullptr);

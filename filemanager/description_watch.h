@@ -10,9 +10,10 @@
 
 // Watches the folders of the items asked about, and the failsafe database. When a
 // folder's index or descript.ion changes, each item asked about in that folder is
-// handed to `stale`; when NAME.description changes, the item NAME; when the database
-// changes, every item asked about. Changes close together are handed over once.
-// Main context only.
+// handed to `stale`; when NAME.description or the attributes of NAME change, the item
+// NAME; when the database changes, every item asked about. Changes close together are
+// handed over once. A folder seen for the first time is read ahead into columnCache(),
+// and whatever changes is forgotten there at once. Main context only.
 class DescriptionWatch {
 public:
     using Stale = std::function<void(GFile* item)>;
@@ -38,7 +39,7 @@ private:
     static void onFailsafeChanged(GFileMonitor*, GFile*, GFile*, GFileMonitorEvent event,
                                   gpointer self);
     static gboolean handOver(gpointer self);
-    void folderChanged(const std::string& folder, const std::string& name);
+    void folderChanged(const std::string& folder, const std::string& name, GFileMonitorEvent event);
     void scheduleHandOver();
     void dropLeastRecent();
     // Starts watching the folder; end() when it cannot be watched.

@@ -7,6 +7,7 @@ extern "C" {
 #include <nautilus-extension.h>
 }
 
+#include <optional>
 #include <utility>
 
 #include "filemanager/description_watch.h"
@@ -59,6 +60,12 @@ NautilusOperationResult updateFileInfo(NautilusInfoProvider* provider, NautilusF
         return NAUTILUS_OPERATION_COMPLETE;
     if (g_watch)
         g_watch->asked(path);
+    // GNOME Files asks about one item of a folder at a time and waits for each answer:
+    // those read ahead are answered at once.
+    if (std::optional<std::string> text = columnCache().take(path)) {
+        nautilus_file_info_add_string_attribute(file, kAttribute, text->c_str());
+        return NAUTILUS_OPERATION_COMPLETE;
+    }
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<NautilusOperationHandle*>(operation);
     readDescriptionAsync(std::move(path), &operation->cancelled,
