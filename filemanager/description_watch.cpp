@@ -53,8 +53,25 @@ void DescriptionWatch::asked(const std::string& path) {
         m_last = &it->second;
         m_lastPath = folderPath;
     }
-    m_last->names.emplace(path, slash + 1);
+    m_last->names.emplace_back(path, slash + 1);
+    // Asked again after each change: the repeats are dropped before they pile up.
+    if (m_last->names.size() > 2 * m_last->tidied + 65536)
+        (void)m_last->askedNames();
     m_last->lastUse = ++m_uses;
+}
+
+const std::vector<std::string>& DescriptionWatch::Folder::askedNames() {
+    if (tidied != names.size()) {
+        std::sort(names.begin(), names.end());
+        names.erase(std::unique(names.begin(), names.end()), names.end());
+        tidied = names.size();
+    }
+    return names;
+}
+
+bool DescriptionWatch::Folder::wasAsked(const std::string& name) {
+    const auto& asked = askedNames();
+    return std::binary_search(asked.begin(), asked.end(), name);
 }
 
 std::unordered_map<std::string, DescriptionWatch::Folder>::iterator DescriptionWatch::watchFolder(
@@ -145,9 +162,9 @@ void DescriptionWatch::folderChanged(const std::string& folderPath, const std::s
     } else if (upper.size() > kExportedSuffix.size() && upper.ends_with(kExportedSuffix)) {
         std::string described = name.substr(0, name.size() - kExportedSuffix.size());
         columnCache().forget(childPath(folderPath, described));
-        if (folder.names.contains(described))
+        if (folder.wasAsked(described))
             folder.stale.insert(std::move(described));
-    } else if (event == G_FILE_MONITOR_EVENT_ATTRIBUTE_CHANGED && folder.names.contains(name)) {
+    } else if (event == G_FILE_MONITOR_EVENT_ATTRIBUTE_CHANGED && folder.wasAsked(name)) {
         // Its stream: an answer read ahead may have been handed out before the change.
         folder.stale.insert(name);
     } else {
@@ -164,18 +181,25 @@ void DescriptionWatch::scheduleHandOver() {
 gboolean DescriptionWatch::handOver(gpointer self) {
     auto* watch = static_cast<DescriptionWatch*>(self);
     watch->m_handOver = 0;
+    // Collected first: the file manager may ask about an item again while it is told,
+    // which adds to these lists, or even watches another folder.
+    std::vector<std::string> stale;
     for (auto& [path, folder] : watch->m_folders) {
         // The file manager asks about each of them again, one at a time.
         if (folder.allStale && !folder.names.empty())
             readAheadColumns(path);
-        const auto& names = folder.allStale ? folder.names : folder.stale;
-        for (const std::string& name : names) {
-            GFile* item = g_file_new_build_filename(path.c_str(), name.c_str(), nullptr);
-            watch->m_stale(item);
-            g_object_unref(item);
-        }
+        auto add = [&](const std::string& name) { stale.push_back(childPath(path, name)); };
+        if (folder.allStale)
+            std::ranges::for_each(folder.askedNames(), add);
+        else
+            std::ranges::for_each(folder.stale, add);
         folder.allStale = false;
         folder.stale.clear();
+    }
+    for (const std::string& path : stale) {
+        GFile* item = g_file_new_for_path(path.c_str());
+        watch->m_stale(item);
+        g_object_unref(item);
     }
     return G_SOURCE_REMOVE;
 }

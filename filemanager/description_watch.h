@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 // Watches the folders of the items asked about, and the failsafe database. When a
 // folder's index or descript.ion changes, each item asked about in that folder is
@@ -28,10 +29,16 @@ public:
 private:
     struct Folder {
         GFileMonitor* monitor = nullptr;
-        std::unordered_set<std::string> names;  // asked about
+        // Asked about; kept as they come, which costs the file manager least, and sorted
+        // without repeats when they are looked at.
+        std::vector<std::string> names;
+        std::size_t tidied = 0;                 // names before this are sorted, without repeats
         std::unordered_set<std::string> stale;  // waiting to be handed over
         bool allStale = false;
         std::uint64_t lastUse = 0;
+
+        const std::vector<std::string>& askedNames();
+        bool wasAsked(const std::string& name);
     };
 
     static void onFolderChanged(GFileMonitor*, GFile* child, GFile*, GFileMonitorEvent event,

@@ -227,7 +227,7 @@ private:
             std::vector<std::pair<std::string, std::string>> columns;
             for (auto& [name, item] :
                  descriptions.describeFolder(request.path, request.first, kBatchSize))
-                columns.emplace_back(std::move(name), columnText(item));
+                columns.emplace_back(std::move(name), columnText(std::move(item)));
             request.more = columns.size() == kBatchSize;
             columnCache().keep(request.path, since, std::move(columns));
         } catch (...) {
@@ -292,6 +292,14 @@ std::string displayText(std::string_view text) {
 
 std::string columnText(const ItemDescription& item) {
     return displayText(std::string_view(item.text).substr(0, item.text.find('\n')));
+}
+
+std::string columnText(ItemDescription&& item) {
+    // Most descriptions are one valid line: taken as they are, without a copy.
+    if (item.text.find('\n') == std::string::npos &&
+        g_utf8_validate_len(item.text.data(), item.text.size(), nullptr))
+        return std::move(item.text);
+    return columnText(item);
 }
 
 bool startEditor(const std::string& path) {

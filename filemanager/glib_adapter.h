@@ -48,6 +48,7 @@ void readAheadColumns(std::string path);
 
 // The description's first line, valid UTF-8 whatever the stores held.
 [[nodiscard]] std::string columnText(const ItemDescription& item);
+[[nodiscard]] std::string columnText(ItemDescription&& item);
 
 // Valid UTF-8 for display.
 [[nodiscard]] std::string displayText(std::string_view text);
