@@ -65,28 +65,75 @@ std::vector<ItemDescription> FolderDescriptions::describe(const std::vector<std:
     std::lock_guard lock(m_mutex);
     refreshFailsafe();
     // A folder's shared files are checked once for each run of its items.
-    std::string_view current;
-    Folder* folder = nullptr;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-        if (!folder || folderOf(paths[i]) != current) {
-            current = folderOf(paths[i]);
-            folder = &readerFor(std::string(current));
-            // Another folder's reader may have been entered since.
-            folder->reader->reenterFolder();
-        }
-        items[i] = describeIn(*folder, paths[i]);
+    for (std::size_t begin = 0, end = 0; begin < paths.size(); begin = end) {
+        const std::string_view folderPath = folderOf(paths[begin]);
+        while (end < paths.size() && folderOf(paths[end]) == folderPath)
+            ++end;
+        Folder& folder = readerFor(std::string(folderPath));
+        // Another folder's reader may have been entered since.
+        folder.reader->reenterFolder();
+        describeRun(folder, paths, begin, end, items);
     }
     return items;
 }
 
-ItemDescription FolderDescriptions::describeIn(Folder& folder, const std::string& path) {
+void FolderDescriptions::prepare(const std::string& folder) {
+    std::lock_guard lock(m_mutex);
+    refreshFailsafe();
+    readerFor(withTrailingSeparator(folder));
+}
+
+std::vector<std::pair<std::string, ItemDescription>> FolderDescriptions::describeFolder(
+    const std::string& folderPath, std::size_t first, std::size_t count) {
+    std::lock_guard lock(m_mutex);
+    refreshFailsafe();
+    const std::string path = withTrailingSeparator(folderPath);
+    Folder& folder = readerFor(path);
+    folder.reader->reenterFolder();
+    const std::size_t end = std::min(folder.items.size(), first + count);
+    std::vector<std::string> paths;
+    for (std::size_t i = first; i < end; ++i)
+        paths.push_back(path + folder.items[i].name);
+    std::vector<ItemDescription> items(paths.size());
+    describeRun(folder, paths, 0, paths.size(), items);
+    std::vector<std::pair<std::string, ItemDescription>> described;
+    described.reserve(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i)
+        described.emplace_back(folder.items[first + i].name, std::move(items[i]));
+    return described;
+}
+
+void FolderDescriptions::describeRun(Folder& folder, const std::vector<std::string>& paths,
+                                     std::size_t begin, std::size_t end,
+                                     std::vector<ItemDescription>& items) {
+    struct Asked {
+        ino_t inode;
+        std::size_t index;
+        const FolderItem* listed;
+    };
+    std::vector<Asked> run;
+    run.reserve(end - begin);
+    for (std::size_t i = begin; i < end; ++i) {
+        const FolderItem* listed = folder.listed(lastComponent(paths[i]));
+        run.push_back({listed ? listed->inode : 0, i, listed});
+    }
+    // The items are read in the order of their inodes, the order in which the file
+    // system keeps their attributes: far fewer misses than the listing's hash order.
+    std::sort(run.begin(), run.end(),
+              [](const Asked& a, const Asked& b) { return a.inode < b.inode; });
+    for (const Asked& asked : run)
+        items[asked.index] = describeIn(folder, paths[asked.index], asked.listed);
+}
+
+ItemDescription FolderDescriptions::describeIn(Folder& folder, const std::string& path,
+                                               const FolderItem* listed) {
     const std::string_view name = lastComponent(path);
     // Another item's exported file: opening it would open that item.
     if (name.empty() || isExportedFileName(name))
         return {};
     // The listing tells what the item is; only one made after it is asked about.
     bool isLink = false;
-    if (const FolderItem* listed = folder.listed(name)) {
+    if (listed) {
         isLink = listed->isLink;
     } else {
         struct stat st {};

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "cli/batch_reader.h"
@@ -52,6 +53,16 @@ public:
     // checked for changes once for them all.
     std::vector<ItemDescription> describe(const std::vector<std::string>& paths);
 
+    // Lists the folder and reads its shared files ahead of its items, which are then only
+    // checked for changes. `folder` is absolute, with or without a trailing "/".
+    void prepare(const std::string& folder);
+
+    // Up to `count` entries of the folder from the `first`, in the listing's order, each
+    // with its description. `folder` is absolute, with or without a trailing "/".
+    std::vector<std::pair<std::string, ItemDescription>> describeFolder(const std::string& folder,
+                                                                        std::size_t first,
+                                                                        std::size_t count);
+
     // Folders whose shared files are kept at most; the least recently asked goes first.
     static constexpr std::size_t kFoldersKept = 16;
 
@@ -74,7 +85,9 @@ private:
 
     Folder& readerFor(const std::string& folder);
     void fill(Folder& folder, const std::string& path, const FileSignature& now);
-    ItemDescription describeIn(Folder& folder, const std::string& path);
+    void describeRun(Folder& folder, const std::vector<std::string>& paths, std::size_t begin,
+                     std::size_t end, std::vector<ItemDescription>& items);
+    ItemDescription describeIn(Folder& folder, const std::string& path, const FolderItem* listed);
     void refreshFailsafe();
     void dropLeastRecent();
 

@@ -149,6 +149,24 @@ TEST_F(FolderDescriptionsTest, TheListingTellsLinksAndTheDescriptIonRead) {
     }
 }
 
+// A folder is read ahead of its items while its watch starts: a change after that is
+// still seen, and items asked together are answered in the order asked, whatever order
+// they are read in.
+TEST_F(FolderDescriptionsTest, APreparedFolderIsCheckedAgainForItsItems) {
+    std::vector<std::string> paths;
+    for (const char* name : {"a.txt", "b.txt", "c.txt"})
+        paths.push_back(docs_.write(name, "x"));
+    FolderDescriptions reader(dataPaths());
+    reader.prepare(docs_.path());
+    docs_.write("00_index.txt",
+                "a.txt        First\r\nb.txt        Second\r\nc.txt        Third\r\n");
+    const std::vector<ItemDescription> items = reader.describe({paths[2], paths[0], paths[1]});
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(items[0].text, "Third");
+    EXPECT_EQ(items[1].text, "First");
+    EXPECT_EQ(items[2].text, "Second");
+}
+
 // A thread with a current folder of its own reads items by their names in their
 // folder; items of several folders in turn are each read in their own.
 TEST_F(FolderDescriptionsTest, ItemsOfSeveralFoldersReadByTheirNames) {

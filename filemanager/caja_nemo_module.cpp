@@ -31,7 +31,8 @@ extern "C" {
 }
 
 #include <atomic>
-#include <memory>
+#include <optional>
+#include <utility>
 
 #include "filemanager/description_page.h"
 #include "filemanager/description_watch.h"
@@ -43,7 +44,8 @@ constexpr char kAttribute[] = "veskor_description";
 constexpr char kLocationKey[] = "veskor-location";
 
 GType g_providerType = 0;
-std::unique_ptr<DescriptionWatch> g_watch;
+// Never destroyed at exit: the file manager is ending, and its folders with it.
+DescriptionWatch* g_watch = nullptr;
 
 // A local item's location, or nullptr (a new reference).
 GFile* localLocation(FM_T(FileInfo) * file) {
@@ -82,23 +84,29 @@ updateFileInfo(FM_T(InfoProvider) * provider, FM_T(FileInfo) * file, GClosure* c
     GFile* location = localLocation(file);
     if (!location)
         return FM_K(OPERATION_COMPLETE);
+    const std::string path = pathOf(location);
+    g_object_unref(location);
     if (g_watch)
-        g_watch->asked(pathOf(location));
+        g_watch->asked(path);
+    // The file manager asks about one item of a folder at a time and waits for each
+    // answer: those read ahead are answered at once.
+    if (std::optional<std::string> text = columnCache().take(path)) {
+        FM_FN(file_info_add_string_attribute)(file, kAttribute, text->c_str());
+        return FM_K(OPERATION_COMPLETE);
+    }
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<FM_T(OperationHandle)*>(operation);
-    readDescriptionAsync(pathOf(location), &operation->cancelled,
-                         [operation](const ItemDescription& item, bool cancelled) {
-                             if (!cancelled) {
-                                 FM_FN(file_info_add_string_attribute)
-                                 (operation->file, kAttribute, columnText(item).c_str());
-                                 FM_FN(info_provider_update_complete_invoke)
-                                 (operation->complete, operation->provider,
-                                  reinterpret_cast<FM_T(OperationHandle)*>(operation),
-                                  FM_K(OPERATION_COMPLETE));
-                             }
-                             delete operation;
-                         });
-    g_object_unref(location);
+    readDescriptionAsync(
+        path, &operation->cancelled, [operation](const ItemDescription& item, bool cancelled) {
+            if (!cancelled) {
+                FM_FN(file_info_add_string_attribute)
+                (operation->file, kAttribute, columnText(item).c_str());
+                FM_FN(info_provider_update_complete_invoke)
+                (operation->complete, operation->provider,
+                 reinterpret_cast<FM_T(OperationHandle)*>(operation), FM_K(OPERATION_COMPLETE));
+            }
+            delete operation;
+        });
     return FM_K(OPERATION_IN_PROGRESS);
 }
 
@@ -207,11 +215,11 @@ extern "C" {
 
 __attribute__((visibility("default"))) void FM_FN(module_initialize)(GTypeModule* module) {
     registerProvider(module);
-    g_watch = std::make_unique<DescriptionWatch>(invalidate);
+    g_watch = new DescriptionWatch(invalidate);
 }
 
 __attribute__((visibility("default"))) void FM_FN(module_shutdown)() {
-    g_watch.reset();
+    delete std::exchange(g_watch, nullptr);
 }
 
 __attribute__((visibility("default"))) void FM_FN(module_list_types)(const GType** types,

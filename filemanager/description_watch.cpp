@@ -13,6 +13,10 @@ constexpr guint kSettleMs = 150;
 // Folders watched at most; the one asked about least recently goes first.
 constexpr std::size_t kFoldersWatched = 64;
 
+std::string childPath(const std::string& folder, const std::string& name) {
+    return folder == "/" ? folder + name : folder + "/" + name;
+}
+
 std::string taken(char* text) {
     std::string copy = text ? text : "";
     g_free(text);
@@ -49,17 +53,40 @@ void DescriptionWatch::asked(const std::string& path) {
         m_last = &it->second;
         m_lastPath = folderPath;
     }
-    m_last->names.emplace(path, slash + 1);
+    m_last->names.emplace_back(path, slash + 1);
+    // Asked again after each change: the repeats are dropped before they pile up.
+    if (m_last->names.size() > 2 * m_last->tidied + 65536)
+        (void)m_last->askedNames();
     m_last->lastUse = ++m_uses;
+}
+
+const std::vector<std::string>& DescriptionWatch::Folder::askedNames() {
+    if (tidied != names.size()) {
+        std::sort(names.begin(), names.end());
+        names.erase(std::unique(names.begin(), names.end()), names.end());
+        tidied = names.size();
+    }
+    return names;
+}
+
+bool DescriptionWatch::Folder::wasAsked(const std::string& name) {
+    const auto& asked = askedNames();
+    return std::binary_search(asked.begin(), asked.end(), name);
 }
 
 std::unordered_map<std::string, DescriptionWatch::Folder>::iterator DescriptionWatch::watchFolder(
     const std::string& folderPath) {
     if (!m_failsafe)
         m_failsafe = monitor(failsafeDatabase(), false, G_CALLBACK(onFailsafeChanged));
+    // Both take a while in a large folder: the reader lists it while the watch starts.
+    // The items' requests come after the watch and check the shared stores again, so a
+    // change in between is not missed.
+    prepareFolder(folderPath);
     GFileMonitor* folder = monitor(folderPath, true, G_CALLBACK(onFolderChanged));
     if (!folder)
         return m_folders.end();
+    // Only now: what changes from here on is forgotten as it is seen.
+    readAheadColumns(folderPath);
     auto it = m_folders.try_emplace(folderPath).first;
     it->second.monitor = folder;
     if (m_folders.size() > kFoldersWatched)
@@ -83,6 +110,7 @@ void DescriptionWatch::dropLeastRecent() {
         return a.second.lastUse < b.second.lastUse;
     });
     g_object_unref(oldest->second.monitor);
+    columnCache().forgetFolder(oldest->first);
     if (m_last == &oldest->second)
         m_last = nullptr;
     m_folders.erase(oldest);
@@ -100,7 +128,8 @@ void DescriptionWatch::onFolderChanged(GFileMonitor*, GFile* child, GFile* other
         GFile* parent = g_file_get_parent(file);
         if (!parent)
             continue;
-        watch->folderChanged(taken(g_file_get_path(parent)), taken(g_file_get_basename(file)));
+        watch->folderChanged(taken(g_file_get_path(parent)), taken(g_file_get_basename(file)),
+                             event);
         g_object_unref(parent);
     }
 }
@@ -110,23 +139,34 @@ void DescriptionWatch::onFailsafeChanged(GFileMonitor*, GFile*, GFile*, GFileMon
     if (event == G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
         return;
     auto* watch = static_cast<DescriptionWatch*>(self);
+    columnCache().forgetAll();
     for (auto& [path, folder] : watch->m_folders)
         folder.allStale = true;
     watch->scheduleHandOver();
 }
 
-void DescriptionWatch::folderChanged(const std::string& folderPath, const std::string& name) {
+void DescriptionWatch::folderChanged(const std::string& folderPath, const std::string& name,
+                                     GFileMonitorEvent event) {
     auto it = m_folders.find(folderPath);
-    if (it == m_folders.end())
+    if (it == m_folders.end()) {
+        // The watched folder itself, moved or deleted.
+        columnCache().forgetFolder(childPath(folderPath, name));
         return;
+    }
     Folder& folder = it->second;
+    columnCache().forget(childPath(folderPath, name));
     const std::string upper = upperCase(name);
     if (upper == "00_INDEX.TXT" || upper == "DESCRIPT.ION") {
+        columnCache().forgetFolder(folderPath);
         folder.allStale = true;
     } else if (upper.size() > kExportedSuffix.size() && upper.ends_with(kExportedSuffix)) {
         std::string described = name.substr(0, name.size() - kExportedSuffix.size());
-        if (folder.names.contains(described))
+        columnCache().forget(childPath(folderPath, described));
+        if (folder.wasAsked(described))
             folder.stale.insert(std::move(described));
+    } else if (event == G_FILE_MONITOR_EVENT_ATTRIBUTE_CHANGED && folder.wasAsked(name)) {
+        // Its stream: an answer read ahead may have been handed out before the change.
+        folder.stale.insert(name);
     } else {
         return;
     }
@@ -141,15 +181,25 @@ void DescriptionWatch::scheduleHandOver() {
 gboolean DescriptionWatch::handOver(gpointer self) {
     auto* watch = static_cast<DescriptionWatch*>(self);
     watch->m_handOver = 0;
+    // Collected first: the file manager may ask about an item again while it is told,
+    // which adds to these lists, or even watches another folder.
+    std::vector<std::string> stale;
     for (auto& [path, folder] : watch->m_folders) {
-        const auto& names = folder.allStale ? folder.names : folder.stale;
-        for (const std::string& name : names) {
-            GFile* item = g_file_new_build_filename(path.c_str(), name.c_str(), nullptr);
-            watch->m_stale(item);
-            g_object_unref(item);
-        }
+        // The file manager asks about each of them again, one at a time.
+        if (folder.allStale && !folder.names.empty())
+            readAheadColumns(path);
+        auto add = [&](const std::string& name) { stale.push_back(childPath(path, name)); };
+        if (folder.allStale)
+            std::ranges::for_each(folder.askedNames(), add);
+        else
+            std::ranges::for_each(folder.stale, add);
         folder.allStale = false;
         folder.stale.clear();
+    }
+    for (const std::string& path : stale) {
+        GFile* item = g_file_new_for_path(path.c_str());
+        watch->m_stale(item);
+        g_object_unref(item);
     }
     return G_SOURCE_REMOVE;
 }

@@ -7,12 +7,14 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 // Watches the folders of the items asked about, and the failsafe database. When a
 // folder's index or descript.ion changes, each item asked about in that folder is
-// handed to `stale`; when NAME.description changes, the item NAME; when the database
-// changes, every item asked about. Changes close together are handed over once.
-// Main context only.
+// handed to `stale`; when NAME.description or the attributes of NAME change, the item
+// NAME; when the database changes, every item asked about. Changes close together are
+// handed over once. A folder seen for the first time is read ahead into columnCache(),
+// and whatever changes is forgotten there at once. Main context only.
 class DescriptionWatch {
 public:
     using Stale = std::function<void(GFile* item)>;
@@ -27,10 +29,16 @@ public:
 private:
     struct Folder {
         GFileMonitor* monitor = nullptr;
-        std::unordered_set<std::string> names;  // asked about
+        // Asked about; kept as they come, which costs the file manager least, and sorted
+        // without repeats when they are looked at.
+        std::vector<std::string> names;
+        std::size_t tidied = 0;                 // names before this are sorted, without repeats
         std::unordered_set<std::string> stale;  // waiting to be handed over
         bool allStale = false;
         std::uint64_t lastUse = 0;
+
+        const std::vector<std::string>& askedNames();
+        bool wasAsked(const std::string& name);
     };
 
     static void onFolderChanged(GFileMonitor*, GFile* child, GFile*, GFileMonitorEvent event,
@@ -38,7 +46,7 @@ private:
     static void onFailsafeChanged(GFileMonitor*, GFile*, GFile*, GFileMonitorEvent event,
                                   gpointer self);
     static gboolean handOver(gpointer self);
-    void folderChanged(const std::string& folder, const std::string& name);
+    void folderChanged(const std::string& folder, const std::string& name, GFileMonitorEvent event);
     void scheduleHandOver();
     void dropLeastRecent();
     // Starts watching the folder; end() when it cannot be watched.

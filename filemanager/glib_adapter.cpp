@@ -42,11 +42,18 @@ const DataPaths& dataPaths() {
     return data;
 }
 
+// What a request asks of the worker: an item's description, or, for the folder at its
+// path, the listing and shared stores or the column texts of every item.
+enum class Work { Item, Prepare, ReadAhead };
+
 // One request of the file manager's, from the main context that made it.
 struct ReadRequest {
     ReadRequest(std::string itemPath, DescriptionReady whenReady,
-                const std::atomic<bool>* cancelFlag)
-        : path(std::move(itemPath)),
+                const std::atomic<bool>* cancelFlag, Work asked = Work::Item,
+                std::size_t firstEntry = 0)
+        : work(asked),
+          first(firstEntry),
+          path(std::move(itemPath)),
           ready(std::move(whenReady)),
           cancel(cancelFlag),
           context(g_main_context_ref_thread_default()) {}
@@ -56,6 +63,9 @@ struct ReadRequest {
 
     bool cancelled() const { return cancel && cancel->load(); }
 
+    Work work;
+    std::size_t first;  // of the folder's entries read ahead
+    bool more = false;  // entries after them are to be read ahead too
     std::string path;
     DescriptionReady ready;
     const std::atomic<bool>* cancel;
@@ -88,8 +98,14 @@ void deliverLater(Batch batch) {
             same->push_back(std::move(request));
             return true;
         });
-        g_main_context_invoke_full(context, G_PRIORITY_DEFAULT, deliver, same,
-                                   [](gpointer done) { delete static_cast<Batch*>(done); });
+        // A source of the context's own, run by its loop: g_main_context_invoke would run
+        // the answers on this thread whenever no thread held the context at that moment.
+        GSource* source = g_idle_source_new();
+        g_source_set_priority(source, G_PRIORITY_DEFAULT);
+        g_source_set_callback(source, deliver, same,
+                              [](gpointer done) { delete static_cast<Batch*>(done); });
+        g_source_attach(source, context);
+        g_source_unref(source);
     }
 }
 
@@ -100,6 +116,8 @@ public:
     void push(std::unique_ptr<ReadRequest> request) {
         std::lock_guard lock(m_mutex);
         if (!m_started && !start()) {
+            if (request->work != Work::Item)
+                return;
             Batch alone;
             alone.push_back(std::move(request));
             deliverLater(std::move(alone));
@@ -134,23 +152,42 @@ private:
         const bool ownFolder = ownCurrentFolder();
         std::unique_ptr<FolderDescriptions> descriptions = reader(ownFolder);
         for (;;) {
-            Batch batch;
-            {
-                std::unique_lock lock(m_mutex);
-                m_ready.wait(lock, [this] { return !m_queue.empty(); });
-                // A bounded batch: the first answers are shown while the rest are read.
-                const auto end = m_queue.begin() +
-                                 static_cast<std::ptrdiff_t>(std::min(m_queue.size(), kBatchSize));
-                batch.assign(std::make_move_iterator(m_queue.begin()),
-                             std::make_move_iterator(end));
-                m_queue.erase(m_queue.begin(), end);
+            Batch batch = next();
+            // The items first, which the file manager waits for; the folders' work after.
+            Batch folders;
+            for (auto& request : batch) {
+                if (request->work != Work::Item)
+                    folders.push_back(std::move(request));
             }
+            std::erase(batch, nullptr);
             if (!descriptions)
                 descriptions = reader(ownFolder);
             if (descriptions)
                 read(*descriptions, batch);
             deliverLater(std::move(batch));
+            for (auto& request : folders) {
+                if (descriptions)
+                    readFolder(*descriptions, *request);
+                // A folder is read ahead in parts, each queued after the requests that
+                // came meanwhile: those do not wait for the whole folder.
+                if (request->more)
+                    push(std::make_unique<ReadRequest>(request->path, nullptr, nullptr,
+                                                       Work::ReadAhead,
+                                                       request->first + kBatchSize));
+            }
         }
+    }
+
+    // Waits for requests and takes a bounded batch of them: the first answers are shown
+    // while the rest are read.
+    Batch next() {
+        std::unique_lock lock(m_mutex);
+        m_ready.wait(lock, [this] { return !m_queue.empty(); });
+        const auto end =
+            m_queue.begin() + static_cast<std::ptrdiff_t>(std::min(m_queue.size(), kBatchSize));
+        Batch batch(std::make_move_iterator(m_queue.begin()), std::make_move_iterator(end));
+        m_queue.erase(m_queue.begin(), end);
+        return batch;
     }
 
     // The thread's reader; nullptr, and the cells stay empty, when the start-up failed.
@@ -177,6 +214,24 @@ private:
                 asked[i]->item = std::move(items[i]);
         } catch (...) {
             // Out of memory or a fault in a store: the cells stay empty.
+        }
+    }
+
+    static void readFolder(FolderDescriptions& descriptions, ReadRequest& request) {
+        try {
+            if (request.work == Work::Prepare) {
+                descriptions.prepare(request.path);
+                return;
+            }
+            const std::uint64_t since = columnCache().mark();
+            std::vector<std::pair<std::string, std::string>> columns;
+            for (auto& [name, item] :
+                 descriptions.describeFolder(request.path, request.first, kBatchSize))
+                columns.emplace_back(std::move(name), columnText(std::move(item)));
+            request.more = columns.size() == kBatchSize;
+            columnCache().keep(request.path, since, std::move(columns));
+        } catch (...) {
+            // The items' own requests read them then.
         }
     }
 
@@ -212,6 +267,21 @@ void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
     readQueue().push(std::make_unique<ReadRequest>(std::move(path), std::move(ready), cancelled));
 }
 
+void prepareFolder(std::string path) {
+    readQueue().push(
+        std::make_unique<ReadRequest>(std::move(path), nullptr, nullptr, Work::Prepare));
+}
+
+void readAheadColumns(std::string path) {
+    readQueue().push(
+        std::make_unique<ReadRequest>(std::move(path), nullptr, nullptr, Work::ReadAhead));
+}
+
+ColumnCache& columnCache() {
+    static auto* cache = new ColumnCache;
+    return *cache;
+}
+
 std::string displayText(std::string_view text) {
     // Almost every text is valid already: it is then taken as it is, without a copy.
     if (g_utf8_validate_len(text.data(), text.size(), nullptr))
@@ -222,6 +292,14 @@ std::string displayText(std::string_view text) {
 
 std::string columnText(const ItemDescription& item) {
     return displayText(std::string_view(item.text).substr(0, item.text.find('\n')));
+}
+
+std::string columnText(ItemDescription&& item) {
+    // Most descriptions are one valid line: taken as they are, without a copy.
+    if (item.text.find('\n') == std::string::npos &&
+        g_utf8_validate_len(item.text.data(), item.text.size(), nullptr))
+        return std::move(item.text);
+    return columnText(item);
 }
 
 bool startEditor(const std::string& path) {

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "cli/folder_descriptions.h"
+#include "filemanager/column_cache.h"
 
 // What every GLib-based file-manager module shares: the descriptions read on a worker
 // thread and handed back on the calling thread's main context, the editor started
@@ -33,8 +34,21 @@ void startReading();
 void readDescriptionAsync(std::string path, const std::atomic<bool>* cancelled,
                           DescriptionReady ready);
 
+// Lists the folder at the local path and reads its shared stores on the worker thread
+// ahead of its items' requests, which then only check them for changes.
+void prepareFolder(std::string path);
+
+// Reads the column text of every item of the folder at the local path on the worker
+// thread, into columnCache(): for a file manager that asks about one item at a time.
+// Only after the folder's watch started, which forgets what changes from then on.
+void readAheadColumns(std::string path);
+
+// What was read ahead; made once and never destroyed, as the worker may still use it.
+[[nodiscard]] ColumnCache& columnCache();
+
 // The description's first line, valid UTF-8 whatever the stores held.
 [[nodiscard]] std::string columnText(const ItemDescription& item);
+[[nodiscard]] std::string columnText(ItemDescription&& item);
 
 // Valid UTF-8 for display.
 [[nodiscard]] std::string displayText(std::string_view text);

@@ -130,7 +130,7 @@ GType standInType() {
 StandInFile* newStandInFile(const std::string& path) {
     auto* file = static_cast<StandInFile*>(g_object_new(standInType(), nullptr));
     file->location = g_file_new_for_path(path.c_str());
-    file->attributes = new std::map<std::string, std::string>;
+    file->attributes = new std::map<std::string, std::string, std::less<>>;
     g_alive.insert(file);
     return file;
 }

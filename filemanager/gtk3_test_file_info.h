@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -12,7 +13,7 @@
 struct StandInFile {
     GObject parent;
     GFile* location;
-    std::map<std::string, std::string>* attributes;
+    std::map<std::string, std::string, std::less<>>* attributes;
     int invalidations;
 };
 

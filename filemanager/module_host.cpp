@@ -103,24 +103,34 @@ InfoRequests::~InfoRequests() {
     g_closure_unref(m_complete);
 }
 
-bool InfoRequests::ask(TestFileInfo* item) {
-    ++m_asked;
-    NautilusOperationHandle* handle = nullptr;
-    return nautilus_info_provider_update_file_info(NAUTILUS_INFO_PROVIDER(m_provider),
-                                                   NAUTILUS_FILE_INFO(item), m_complete,
-                                                   &handle) == NAUTILUS_OPERATION_IN_PROGRESS;
+bool InfoRequests::ask(TestFileInfo* item, int seconds) {
+    start(item);
+    return finish(seconds);
 }
 
-bool InfoRequests::waitForAll(int seconds) {
-    return runUntil([this] { return m_completions == m_asked; }, seconds);
+void InfoRequests::start(TestFileInfo* item) {
+    ++m_started;
+    NautilusOperationHandle* handle = nullptr;
+    const NautilusOperationResult result = nautilus_info_provider_update_file_info(
+        NAUTILUS_INFO_PROVIDER(m_provider), NAUTILUS_FILE_INFO(item), m_complete, &handle);
+    if (result != NAUTILUS_OPERATION_IN_PROGRESS) {
+        ++m_atOnce;
+        ++m_completions;
+    }
+}
+
+bool InfoRequests::finish(int seconds) {
+    return m_completions == m_started ||
+           runUntil([this] { return m_completions == m_started; }, seconds);
 }
 
 bool updateFileInfo(const std::vector<TestFileInfo*>& items, int seconds) {
     InfoRequests requests;
-    bool inProgress = true;
-    for (TestFileInfo* item : items)
-        inProgress = requests.ask(item) && inProgress;
-    return requests.waitForAll(seconds) && inProgress;
+    for (TestFileInfo* item : items) {
+        if (!requests.ask(item, seconds))
+            return false;
+    }
+    return true;
 }
 
 std::string columnValue(TestFileInfo* item) {

@@ -22,8 +22,8 @@ GObject* moduleProvider(GType interfaceType);
 // Runs the main context until `done` or the time passed; whether it was done.
 bool runUntil(const std::function<bool()>& done, int seconds = 5);
 
-// Info requests made one by one, as the file manager makes them while a folder loads,
-// each completion counted when the main context runs.
+// Info requests made as the file manager makes them for a folder: one at a time, the
+// next once the last one completed (at once, or later on the main context).
 class InfoRequests {
 public:
     InfoRequests();
@@ -31,23 +31,27 @@ public:
     InfoRequests(const InfoRequests&) = delete;
     InfoRequests& operator=(const InfoRequests&) = delete;
 
-    // Asks about the item without waiting; false when the provider answered it
-    // synchronously (the read must leave the main thread).
-    bool ask(TestFileInfo* item);
+    // Asks about the item and runs the main context until the request completed; false
+    // when it did not within the time.
+    bool ask(TestFileInfo* item, int seconds = 5);
 
-    // Runs the main context until every request asked so far reported completion.
-    bool waitForAll(int seconds);
+    // The two halves of ask(), for the file manager's other work in between.
+    void start(TestFileInfo* item);
+    bool finish(int seconds);
+
+    // How many requests the provider completed at once, without a read of its own.
+    std::size_t completedAtOnce() const { return m_atOnce; }
 
 private:
     GObject* m_provider;
     GClosure* m_complete;
-    std::size_t m_asked = 0;
+    std::size_t m_started = 0;
     std::size_t m_completions = 0;
+    std::size_t m_atOnce = 0;
 };
 
-// Asks the info provider about every item, then runs the main context until each
-// reported completion. False when the provider answered any synchronously (the read
-// must leave the main thread) or not all completed in time.
+// Asks the info provider about every item in turn; false when any was not answered in
+// time.
 bool updateFileInfo(const std::vector<TestFileInfo*>& items, int seconds = 5);
 
 // The column's attribute of the item; "(not set)" when the provider set none.

@@ -7,7 +7,8 @@ extern "C" {
 #include <nautilus-extension.h>
 }
 
-#include <memory>
+#include <optional>
+#include <utility>
 
 #include "filemanager/description_watch.h"
 #include "filemanager/glib_adapter.h"
@@ -18,7 +19,8 @@ constexpr char kAttribute[] = "veskor_description";
 constexpr char kPathKey[] = "veskor-path";
 
 GType g_providerType = 0;
-std::unique_ptr<DescriptionWatch> g_watch;
+// Never destroyed at exit: the file manager is ending, and its folders with it.
+DescriptionWatch* g_watch = nullptr;
 
 // A local item's path; "" for any other.
 std::string localPath(NautilusFileInfo* file) {
@@ -58,6 +60,12 @@ NautilusOperationResult updateFileInfo(NautilusInfoProvider* provider, NautilusF
         return NAUTILUS_OPERATION_COMPLETE;
     if (g_watch)
         g_watch->asked(path);
+    // GNOME Files asks about one item of a folder at a time and waits for each answer:
+    // those read ahead are answered at once.
+    if (std::optional<std::string> text = columnCache().take(path)) {
+        nautilus_file_info_add_string_attribute(file, kAttribute, text->c_str());
+        return NAUTILUS_OPERATION_COMPLETE;
+    }
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<NautilusOperationHandle*>(operation);
     readDescriptionAsync(std::move(path), &operation->cancelled,
@@ -199,11 +207,11 @@ extern "C" {
 __attribute__((visibility("default"))) void nautilus_module_initialize(GTypeModule* module) {
     registerProvider(module);
     startReading();
-    g_watch = std::make_unique<DescriptionWatch>(invalidate);
+    g_watch = new DescriptionWatch(invalidate);
 }
 
 __attribute__((visibility("default"))) void nautilus_module_shutdown() {
-    g_watch.reset();
+    delete std::exchange(g_watch, nullptr);
 }
 
 __attribute__((visibility("default"))) void nautilus_module_list_types(const GType** types,

@@ -103,7 +103,7 @@ GType testFileInfoType() {
 TestFileInfo* newTestFileInfo(const std::string& path) {
     auto* info = static_cast<TestFileInfo*>(g_object_new(testFileInfoType(), nullptr));
     info->location = g_file_new_for_path(path.c_str());
-    info->attributes = new std::map<std::string, std::string>;
+    info->attributes = new std::map<std::string, std::string, std::less<>>;
     g_alive.insert(info);
     return info;
 }

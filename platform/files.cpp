@@ -132,7 +132,7 @@ std::error_code readFolder(const std::string& folder, std::vector<FolderItem>& i
             isFolder = known && S_ISDIR(st.st_mode);
             isLink = known && S_ISLNK(st.st_mode);
         }
-        items.push_back({std::string(name), isFolder, isLink});
+        items.push_back({std::string(name), isFolder, isLink, entry->d_ino});
     }
     std::error_code ec = errno ? lastError() : std::error_code();
     ::closedir(dir);

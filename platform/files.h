@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -66,6 +68,7 @@ struct FolderItem {
     std::string name;
     bool isFolder = false;
     bool isLink = false;
+    ino_t inode = 0;  // as the listing gave it
 };
 
 // The entries of a folder, "." and ".." left out, in the order the folder keeps them.
