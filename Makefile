@@ -4,7 +4,7 @@
 TARGET ?= $(CURDIR)/README.md
 
 .PHONY: run test deps build check-asan fuzz-smoke release package check-package format \
-	format-check ci
+	format-check tidy ci
 
 run: build
 	scripts/run-editor "$(TARGET)"
@@ -60,4 +60,9 @@ format: deps
 format-check: deps
 	$(SOURCES_CMD) | xargs clang-format --dry-run --Werror
 
-ci: format-check test check-asan release fuzz-smoke check-package
+# clang-tidy with the checks in .clang-tidy over every source of the dev build, which
+# it builds first (the sources include the headers that the build generates).
+tidy: build
+	scripts/run-tidy
+
+ci: format-check test tidy check-asan release fuzz-smoke check-package
