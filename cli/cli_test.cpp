@@ -102,7 +102,7 @@ TEST_F(CliTest, AnswersEachCallWithItsExitCodeAndOutput) {
     };
     for (const auto& [name, args, exitCode, out, err] : rows) {
         SCOPED_TRACE(name);
-        std::remove(failsafeFile().c_str());
+        std::filesystem::remove(failsafeFile());
         EXPECT_EQ(run(args), exitCode);
         EXPECT_EQ(out_.str(), out);
         EXPECT_EQ(err_.str(), err);
@@ -243,7 +243,7 @@ TEST_F(CliTest, ATargetDeletedMidSaveKeepsTheTextInTheFileStores) {
             waiting = waiting || std::filesystem::read_symlink(fd.path(), ec) == failsafeFolder();
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    std::remove(target_.c_str());
+    std::filesystem::remove(target_);
     ::close(lock);
     EXPECT_EQ(waitFor(pid), 0);
     EXPECT_EQ(readFileBytes(target_ + ".description"), "kept text\r\n");

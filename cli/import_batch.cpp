@@ -112,6 +112,7 @@ void saveBatch(std::vector<BatchedSave>& saves, Prompter& prompter) {
     // The batch holds the turns of all its folders until its last store is written, so
     // that no move or copy of one of its targets falls between its stores.
     std::vector<std::string> folders;
+    folders.reserve(saves.size());
     for (const BatchedSave& save : saves)
         folders.push_back(folderOfFile(save.state.target.targetFileFullPathname));
     ItemTurns batchTurn;

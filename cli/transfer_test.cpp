@@ -221,7 +221,8 @@ TEST_F(TransferTest, SavesMovesAndCopiesOfAFoldersItemsTakeTurns) {
         FolderLock otherSave;
         ASSERT_FALSE(otherSave.acquire(docs_.path(), std::chrono::milliseconds(0)));
         int exitCode = -1;
-        std::thread call([&] { exitCode = run({verb, docs_ / source, last}); });
+        const Args args{verb, docs_ / source, last};
+        std::thread call([&] { exitCode = run(args); });
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         EXPECT_EQ(folderState(), before) << "it went ahead while the turn was taken";
         otherSave.release();

@@ -179,7 +179,7 @@ void FlatList::paintEvent(QPaintEvent*) {
     QStyleOptionComboBox option;
     initStyleOption(&option);
     fillFramed(&painter, option, option.palette.color(QPalette::Button));
-    QStyleOption arrow(option);
+    QStyleOption arrow(static_cast<const QStyleOption&>(option));
     arrow.rect =
         style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxArrow, this);
     painter.drawPrimitive(QStyle::PE_IndicatorArrowDown, arrow);
@@ -190,7 +190,7 @@ void FlatCheckBox::paintEvent(QPaintEvent*) {
     QStylePainter painter(this);
     QStyleOptionButton option;
     initStyleOption(&option);
-    QStyleOption square(option);
+    QStyleOption square(static_cast<const QStyleOption&>(option));
     square.rect = style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, this);
     square.state &= ~(QStyle::State_HasFocus | QStyle::State_Sunken | QStyle::State_On);
     fillFramed(&painter, square, option.palette.color(QPalette::Base));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <filesystem>
 #include <functional>
 
 #include "platform/xattr.h"
@@ -23,10 +23,10 @@ TEST_F(LoadSequenceTest, TakesTheStoreOfHighestPrecedence) {
     const std::tuple<std::string, std::string, std::function<void()>> rows[] = {
         {"from old stream", "Loaded from NTFS (old)", [&] { putOldStream(""); }},
         {"from exported\r\n", "Loaded from exported description",
-         [&] { std::remove((target() + ".description").c_str()); }},
+         [&] { std::filesystem::remove(target() + ".description"); }},
         {"from summary", "Loaded from NTFS", [&] { putSummary(""); }},
         {"from index\r\n", "Loaded from '00_Index.txt'",
-         [&] { std::remove(state_.target.indexFile.c_str()); }},
+         [&] { std::filesystem::remove(state_.target.indexFile); }},
         {"from failsafe\r\n", "Loaded from failsafe", [&] { putFailsafeRecord(""); }},
         {"Enter file description here", "Description not found", [] {}},
     };

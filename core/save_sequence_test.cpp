@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdio>
+#include <filesystem>
 
 #include "platform/lookup.h"
 #include "platform/xattr.h"
@@ -52,7 +52,7 @@ protected:
     void removeStoreFiles() {
         for (const std::string& path :
              {failsafeFile(), target() + ".description", state_.target.indexFile})
-            std::remove(path.c_str());
+            std::filesystem::remove(path);
     }
 };
 
@@ -89,7 +89,7 @@ TEST_F(SaveSequenceTest, AVanishedTargetEndsWithoutStoring) {
         SCOPED_TRACE(text.empty() ? "deleting" : "saving");
         putExported("orphan");
         putFailsafeRecord("kept\r\n");
-        std::remove(target().c_str());
+        std::filesystem::remove(target());
         EXPECT_EQ(save(text, {Answer::Yes}), SaveOutcome::EndedWithoutStoring);
         EXPECT_EQ(prompter_.texts(),
                   Texts{text.empty() ? "Delete existing description?"

@@ -10,7 +10,6 @@
 #include <fstream>
 #include <map>
 #include <ostream>
-#include <ranges>
 #include <string>
 #include <vector>
 
@@ -71,11 +70,14 @@ public:
     }
     static int captionRows(QWidget* control) {
         const QImage image = control->grab().toImage();
-        const auto inked = [&](int y) {
-            return std::ranges::any_of(std::views::iota(20, image.width()),
-                                       [&](int x) { return qGray(image.pixel(x, y)) < 96; });
-        };
-        return static_cast<int>(std::ranges::count_if(std::views::iota(0, image.height()), inked));
+        int rows = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            bool inked = false;
+            for (int x = 20; x < image.width() && !inked; ++x)
+                inked = qGray(image.pixel(x, y)) < 96;
+            rows += inked ? 1 : 0;
+        }
+        return rows;
     }
 
     TempHome home_;

@@ -113,7 +113,7 @@ GObject* moduleProvider(FileManager manager, GType interfaceType) {
 }
 
 bool runUntil(const std::function<bool()>& done, int seconds) {
-    const gint64 deadline = g_get_monotonic_time() + seconds * G_USEC_PER_SEC;
+    const gint64 deadline = g_get_monotonic_time() + gint64{seconds} * G_USEC_PER_SEC;
     while (!done() && g_get_monotonic_time() < deadline) {
         if (!g_main_context_iteration(nullptr, FALSE))
             g_usleep(500);

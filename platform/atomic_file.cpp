@@ -28,7 +28,7 @@ void stepDone() {
         return value ? std::strtol(value, nullptr, 10) : 0L;
     }();
     if (stepsLeft > 0 && --stepsLeft == 0)
-        std::raise(SIGKILL);
+        (void)std::raise(SIGKILL);
 }
 
 std::error_code lastError() {

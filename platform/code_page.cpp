@@ -104,6 +104,7 @@ public:
         auto it = m_open.find({from, to});
         if (it == m_open.end()) {
             iconv_t cd = ::iconv_open(to.c_str(), from.c_str());
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv's own failure value
             if (cd == reinterpret_cast<iconv_t>(-1))
                 return std::nullopt;
             it = m_open.emplace(std::pair{from, to}, cd).first;

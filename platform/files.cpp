@@ -57,10 +57,8 @@ std::error_code restrictFolderToOwner(const std::string& path) {
         return lastError();
     struct stat st {};
     std::error_code ec;
-    if (::fstat(fd, &st) != 0)
-        ec = lastError();
-    else if (st.st_uid == ::geteuid() && (st.st_mode & 077) != 0 &&
-             ::fchmod(fd, st.st_mode & 07700) != 0)
+    if (::fstat(fd, &st) != 0 || (st.st_uid == ::geteuid() && (st.st_mode & 077) != 0 &&
+                                  ::fchmod(fd, st.st_mode & 07700) != 0))
         ec = lastError();
     ::close(fd);
     return ec;

@@ -23,6 +23,7 @@ TEST(ReadFolderTest, TellsFoldersAndLinksApart) {
     std::vector<FolderItem> items;
     ASSERT_FALSE(readFolder(dir.path(), items));
     std::vector<std::tuple<std::string, bool, bool>> seen;
+    seen.reserve(items.size());
     for (const FolderItem& item : items)
         seen.emplace_back(item.name, item.isFolder, item.isLink);
     std::sort(seen.begin(), seen.end());

@@ -27,10 +27,9 @@ std::optional<FolderId> folderIdOf(int fd) {
 }
 
 // Errors that say the file system keeps no such locks, rather than that someone
-// holds this one.
+// holds this one. (ENOTSUP is EOPNOTSUPP on Linux.)
 bool lockingUnsupported(int error) {
-    return error == ENOLCK || error == EOPNOTSUPP || error == ENOTSUP || error == EBADF ||
-           error == EINVAL;
+    return error == ENOLCK || error == EOPNOTSUPP || error == EBADF || error == EINVAL;
 }
 
 // Waits for the lock on an open folder. Where the file system keeps no such locks,

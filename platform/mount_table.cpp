@@ -34,12 +34,12 @@ std::optional<Mount> mountHolding(std::string_view mountTable, std::string_view 
     FILE* stream = ::fmemopen(text.data(), text.size(), "r");
     if (!table || !stream) {
         if (stream)
-            std::fclose(stream);
+            (void)std::fclose(stream);
         return std::nullopt;
     }
     // Lines that do not parse are skipped; the rest of the table still counts.
     (void)mnt_table_parse_stream(table.get(), stream, "mountinfo");
-    std::fclose(stream);
+    (void)std::fclose(stream);
     // The path and then each folder above it, by name alone: the path need not exist on
     // this machine.
     for (std::string folder(path); !folder.empty();) {

@@ -14,6 +14,7 @@ namespace {
 // The arguments as exec wants them: pointers into `argv`, ended by a null pointer.
 std::vector<char*> execArguments(const std::vector<std::string>& argv) {
     std::vector<char*> args;
+    args.reserve(argv.size() + 1);
     for (const auto& a : argv)
         args.push_back(const_cast<char*>(a.c_str()));
     args.push_back(nullptr);

@@ -39,7 +39,7 @@ std::error_code RegularFile::open(const std::string& path) {
         return lastError();
     std::error_code ec;
     if (::fstat(fd, &m_status) != 0)
-        ec = lastError();
+        ec = lastError();  // NOLINT(bugprone-branch-clone): each step needs the one before
     else if (!S_ISREG(m_status.st_mode))
         ec = notRegularFileError();
     else if (::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0)

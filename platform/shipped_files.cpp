@@ -6,7 +6,7 @@
 
 std::string shippedFile(const std::string& appPath, std::string_view installedFolder,
                         std::string_view name) {
-    const std::string beside = appPath + std::string(name);
+    std::string beside = appPath + std::string(name);
     if (fileExists(beside))
         return beside;
     // Written without "..", so that a message or a log names the real folder.

@@ -14,7 +14,7 @@ TEST(XattrTest, ReplacesWholeValuesAndReportsEachKindOfFailure) {
     std::string bytes = "stale";
     EXPECT_EQ(readStream(file, kSummary, bytes), StreamStatus::Missing);
     EXPECT_EQ(bytes, "");
-    const std::string longer("\xFE\xFF\0\0 a longer binary value\0", 28);
+    const std::string longer("\xFE\xFF\0\0 a longer binary value\0\0", 28);
     ASSERT_EQ(replaceStream(file, kSummary, longer), StreamStatus::Ok);
     ASSERT_EQ(replaceStream(file, kSummary, "old value"), StreamStatus::Ok);
 

@@ -170,6 +170,7 @@ TEST_F(DescriptIonFileTest, ConcurrentSavesOfOneFolderKeepEveryEntry) {
     std::vector<WriteResult> results(kSaves, WriteResult::Error);
     {
         std::vector<std::jthread> saves;
+        saves.reserve(kSaves);
         for (int i = 0; i < kSaves; ++i)
             saves.emplace_back([&, i] { results[i] = updateDescriptIon(states[i], prompters[i]); });
     }

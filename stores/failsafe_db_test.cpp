@@ -137,7 +137,8 @@ TEST_F(FailsafeDBTest, MovedOrCopiedRecordsTakeTheNewKeys) {
     const std::string old = db();
     ASSERT_EQ(moveFailsafeRecords(db_, {.from = "/d/b", .to = "/d/b"}, prompter_), WriteResult::Ok);
     EXPECT_EQ(db(), old) << "the same key";
-    ASSERT_EQ(moveFailsafeRecords(db_, {.from = "/d/a", .to = "/d/b", .keepOld = true}, prompter_), WriteResult::Ok);
+    ASSERT_EQ(moveFailsafeRecords(db_, {.from = "/d/a", .to = "/d/b", .keepOld = true}, prompter_),
+              WriteResult::Ok);
     EXPECT_EQ(db(), record("/D/A", "folder\r\n") + record("/D/B", "folder\r\n") + others +
                         record("/D/A/X", "x\r\n") + record("/D/B/X", "x\r\n"));
     writeDb(old);

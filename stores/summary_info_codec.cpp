@@ -183,6 +183,7 @@ std::optional<std::uint64_t> copiedLength(std::string_view value) {
     std::optional<std::uint32_t> type = typeOf(value);
     if (type == kVtI2)
         return 6;
+    // NOLINTNEXTLINE(misc-redundant-expression): two constants; optional's == fools it
     if (type == kVtI4 || type == kVtUi4)
         return 8;
     if (type == kVtFiletime)

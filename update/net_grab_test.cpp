@@ -52,8 +52,8 @@ TEST_F(NetGrabTest, ASecondStartCancelsTheFirstSilentlyAndSavesExactlyItsPageOve
 }
 
 TEST_F(NetGrabTest, EndsInOneOutcomeForEachKindOfAnswer) {
-    server.route("/full", {QByteArray(64 * 1024, 'x')});
-    server.route("/over", {QByteArray(64 * 1024 + 1, 'x')});
+    server.route("/full", {QByteArray(qsizetype{64} * 1024, 'x')});
+    server.route("/over", {QByteArray(qsizetype{64} * 1024 + 1, 'x')});
     server.route("/silent", {"", true});
     for (const auto& [name, url, timeLimit, completes] :
          {std::tuple{"exactly the cap", server.url("/full"), 30000, true},

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <utility>
 
 // A tiny HTTP server on 127.0.0.1 for the download tests: it runs in the test's own
 // event loop on a free port, answers each path from a table (404 for the rest), and
@@ -27,7 +28,7 @@ public:
         });
     }
 
-    void route(const QByteArray& path, Response response) { m_routes[path] = response; }
+    void route(const QByteArray& path, Response response) { m_routes[path] = std::move(response); }
     QString url(const char* path) const {
         return QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort()) +
                QString::fromLatin1(path);
