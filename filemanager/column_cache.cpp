@@ -8,7 +8,7 @@ std::uint64_t ColumnCache::mark() {
 }
 
 void ColumnCache::keep(const std::string& folderPath, std::uint64_t since,
-                       std::vector<std::pair<std::string, std::string>> columns) {
+                       std::vector<std::pair<std::string, std::string>>&& columns) {
     std::lock_guard lock(m_mutex);
     Folder& folder = folderOf(withTrailingSeparator(folderPath));
     if (folder.changed > since || m_allChanged > since)

@@ -23,7 +23,7 @@ public:
     // Adds the (name, column text) pairs read in the folder since `since`, unless
     // something in the folder was forgotten meanwhile; up to kBytesKept in all.
     void keep(const std::string& folder, std::uint64_t since,
-              std::vector<std::pair<std::string, std::string>> columns);
+              std::vector<std::pair<std::string, std::string>>&& columns);
 
     // The item's text, taken out; nullopt when there is none.
     [[nodiscard]] std::optional<std::string> take(const std::string& path);

@@ -184,7 +184,8 @@ gboolean DescriptionWatch::handOver(gpointer self) {
     // Collected first: the file manager may ask about an item again while it is told,
     // which adds to these lists, or even watches another folder.
     std::vector<std::string> stale;
-    for (auto& [path, folder] : watch->m_folders) {
+    for (auto& [folderPath, folder] : watch->m_folders) {
+        const std::string& path = folderPath;  // for the lambda: bindings are not captured
         // The file manager asks about each of them again, one at a time.
         if (folder.allStale && !folder.names.empty())
             readAheadColumns(path);
