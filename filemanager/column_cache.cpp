@@ -7,22 +7,23 @@ std::uint64_t ColumnCache::mark() {
     return ++m_now;
 }
 
-void ColumnCache::keep(const std::string& folderPath, std::uint64_t since,
+bool ColumnCache::keep(const std::string& folderPath, std::uint64_t since,
                        std::vector<std::pair<std::string, std::string>>&& columns) {
     std::lock_guard lock(m_mutex);
     Folder& folder = folderOf(withTrailingSeparator(folderPath));
     if (folder.changed > since || m_allChanged > since)
-        return;
+        return true;
     for (auto& [name, text] : columns) {
         const std::size_t bytes = name.size() + text.size();
         if (m_bytes + bytes > kBytesKept)
-            return;
+            return false;
         auto [it, added] = folder.columns.try_emplace(std::move(name), std::move(text));
         if (!added)
             continue;
         folder.bytes += bytes;
         m_bytes += bytes;
     }
+    return true;
 }
 
 std::optional<std::string> ColumnCache::take(const std::string& path) {

@@ -21,8 +21,9 @@ public:
     [[nodiscard]] std::uint64_t mark();
 
     // Adds the (name, column text) pairs read in the folder since `since`, unless
-    // something in the folder was forgotten meanwhile; up to kBytesKept in all.
-    void keep(const std::string& folder, std::uint64_t since,
+    // something in the folder was forgotten meanwhile; up to kBytesKept in all. False
+    // once that is reached: reading further ahead would be in vain.
+    bool keep(const std::string& folder, std::uint64_t since,
               std::vector<std::pair<std::string, std::string>>&& columns);
 
     // The item's text, taken out; nullopt when there is none.

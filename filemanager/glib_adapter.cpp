@@ -228,8 +228,8 @@ private:
             for (auto& [name, item] :
                  descriptions.describeFolder(request.path, request.first, kBatchSize))
                 columns.emplace_back(std::move(name), columnText(std::move(item)));
-            request.more = columns.size() == kBatchSize;
-            columnCache().keep(request.path, since, std::move(columns));
+            const bool whole = columns.size() < kBatchSize;
+            request.more = columnCache().keep(request.path, since, std::move(columns)) && !whole;
         } catch (...) {
             // The items' own requests read them then.
         }
