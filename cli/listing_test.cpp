@@ -10,10 +10,10 @@
 #include <sstream>
 
 #include "cli/json_lines.h"
-#include "platform/code_page.h"
 #include "platform/xattr.h"
 #include "tests/cli_fixture.h"
 #include "tests/loop_volume.h"
+#include "tests/store_samples.h"
 
 namespace {
 
@@ -23,6 +23,26 @@ using ListingTest = CliFixture;
 // its mode; dropped there, they are gone from the program it runs.
 std::string withoutReadingRights() {
     return ::geteuid() == 0 ? "setpriv --bounding-set -dac_override,-dac_read_search " : "";
+}
+
+// The paths below `root` (ending in "/") depth first, each folder's entries in byte
+// order before the trees of its folders, one a line; only those `keep` takes.
+std::string depthFirst(const std::string& root, const std::function<bool(const std::string&)>& keep,
+                       const std::string& folder = "") {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(root + folder))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    std::string paths;
+    for (const std::string& name : names) {
+        if (keep(folder + name))
+            paths.append(root).append(folder).append(name).append("\n");
+    }
+    for (const std::string& name : names) {
+        if (std::filesystem::is_directory(root + folder + name))
+            paths += depthFirst(root, keep, folder + name + "/");
+    }
+    return paths;
 }
 
 // One entry described in each store, in a folder with an undescribed file, a described
@@ -39,12 +59,7 @@ TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
     writeFileBytes(docs_ / "00_index.txt", readFileBytes(docs_ / "00_index.txt") +
                                                "indexed.txt  Indexed\r\n             "
                                                "second\r\n");
-    const std::string key = upperCase(docs_ / "failsafe.txt");
-    writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) + "Veskor failsafe DB 1.7 BEGIN " +
-                                       key +
-                                       "\r\nneedle in the failsafe\r\n"
-                                       "Veskor failsafe DB 1.7 END " +
-                                       key + "\r\n");
+    appendFailsafeRecord(failsafeFile(), docs_ / "failsafe.txt", "needle in the failsafe");
     ASSERT_EQ(::symlink((docs_ / "Sub").c_str(), (docs_ / "link").c_str()), 0);
     // Other programs' stores, last in order: written after every save above.
     ASSERT_EQ(replaceStream(docs_.write("comment.txt", "x"), "xdg.comment", "From the\nKDE"),
@@ -107,22 +122,8 @@ TEST_F(ListingTest, FindWalksTheTreeDepthFirstInByteOrder) {
         describe(docs_ / path, "needle");
     }
 
-    std::string expected;
-    std::function<void(const std::string&)> walk = [&](const std::string& folder) {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(docs_ / folder))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        for (const std::string& name : names) {
-            if (described.contains(folder + name))
-                expected += docs_ / (folder + name) + "\n";
-        }
-        for (const std::string& name : names) {
-            if (std::filesystem::is_directory(docs_ / (folder + name)))
-                walk(folder + name + "/");
-        }
-    };
-    walk("");
+    const std::string expected =
+        depthFirst(docs_.path(), [&](const std::string& path) { return described.contains(path); });
     ASSERT_EQ(run({"find", "needle", docs_.path()}), 0) << err_.str();
     EXPECT_EQ(out_.str(), expected);
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 11);
@@ -166,20 +167,7 @@ TEST_F(ListingTest, WideFoldersComeOutWholeAndInOrderWithAnyNumberOfReaders) {
                             readers));
         outputs.push_back(paths);
     }
-    std::string expected;
-    std::function<void(const std::string&)> walk = [&](const std::string& folder) {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(docs_ / folder))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        for (const std::string& name : names)
-            expected += docs_ / (folder + name) + "\n";
-        for (const std::string& name : names) {
-            if (std::filesystem::is_directory(docs_ / (folder + name)))
-                walk(folder + name + "/");
-        }
-    };
-    walk("");
+    const std::string expected = depthFirst(docs_.path(), [](const std::string&) { return true; });
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 3 * 1300 + 4);
     for (const std::string& output : outputs)
         EXPECT_TRUE(output == expected) << output.size() << " bytes against " << expected.size();
