@@ -17,7 +17,23 @@
 
 namespace {
 
-using ListingTest = CliFixture;
+class ListingTest : public CliFixture {
+protected:
+    // The paths that a listing of the whole folder hands on with `readers` threads, one a
+    // line; with `describedOnly`, only those with a description.
+    std::string listedTree(std::size_t readers, bool describedOnly) {
+        std::istringstream in;
+        Session session(program_.path(), {in, out_, err_});
+        EXPECT_TRUE(session.start());
+        std::string paths;
+        const auto take = [&](const ListedEntry& entry) {
+            if (!describedOnly || !entry.text.empty())
+                paths.append(entry.path).append("\n");
+        };
+        EXPECT_TRUE(Listing(session, docs_.path()).listTree(docs_.path(), take, readers));
+        return paths;
+    }
+};
 
 // setpriv drops from the bounding set the rights by which root reads a folder whatever
 // its mode; dropped there, they are gone from the program it runs.
@@ -129,20 +145,7 @@ TEST_F(ListingTest, FindWalksTheTreeDepthFirstInByteOrder) {
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 11);
 
     // Where no thread can be started, the calling thread reads each folder in turn.
-    std::istringstream in;
-    Session session(program_.path(), {in, out_, err_});
-    ASSERT_TRUE(session.start());
-    std::string alone;
-    const bool read = Listing(session, docs_.path())
-                          .listTree(
-                              docs_.path(),
-                              [&](const ListedEntry& entry) {
-                                  if (!entry.text.empty())
-                                      alone += entry.path + "\n";
-                              },
-                              0);
-    EXPECT_TRUE(read);
-    EXPECT_EQ(alone, expected);
+    EXPECT_EQ(listedTree(0, true), expected);
 }
 
 // Wide folders go from the reading threads to the output in parts: with any number of
@@ -154,23 +157,13 @@ TEST_F(ListingTest, WideFoldersComeOutWholeAndInOrderWithAnyNumberOfReaders) {
         for (int i = 0; i < 1300; ++i)
             docs_.write(std::string(folder) + "/f" + std::to_string(i), "");
     }
-    std::istringstream in;
-    Session session(program_.path(), {in, out_, err_});
-    ASSERT_TRUE(session.start());
-    std::vector<std::string> outputs;
-    for (std::size_t readers : {0, 1, 4}) {
-        std::string paths;
-        EXPECT_TRUE(Listing(session, docs_.path())
-                        .listTree(
-                            docs_.path(),
-                            [&](const ListedEntry& entry) { paths += entry.path + "\n"; },
-                            readers));
-        outputs.push_back(paths);
-    }
     const std::string expected = depthFirst(docs_.path(), [](const std::string&) { return true; });
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 3 * 1300 + 4);
-    for (const std::string& output : outputs)
+    for (std::size_t readers : {0, 1, 4}) {
+        SCOPED_TRACE(readers);
+        const std::string output = listedTree(readers, false);
         EXPECT_TRUE(output == expected) << output.size() << " bytes against " << expected.size();
+    }
 }
 
 // A folder that cannot be read fails the call (exit 1), and the folders after it are
