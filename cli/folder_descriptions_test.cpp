@@ -6,10 +6,10 @@
 
 #include <thread>
 
-#include "platform/code_page.h"
 #include "platform/files.h"
 #include "platform/xattr.h"
 #include "tests/cli_fixture.h"
+#include "tests/store_samples.h"
 
 namespace {
 
@@ -21,29 +21,14 @@ protected:
         EXPECT_TRUE(session.start());
         return session.state.data;
     }
-    void appendFailsafeRecord(const std::string& path, const std::string& line) {
-        const std::string key = upperCase(path);
-        writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) +
-                                           "Veskor failsafe DB 1.7 BEGIN " + key + "\r\n" + line +
-                                           "\r\nVeskor failsafe DB 1.7 END " + key + "\r\n");
-    }
 };
 
 TEST_F(FolderDescriptionsTest, EachItemReadsAsGetLoadsIt) {
-    for (const char* name : {"plain.txt", "exported.txt", "indexed.txt", "failsafe.txt", "ion.txt",
-                             "caf\xE9.txt", "none.txt"})
-        docs_.write(name, "x");
-    describe(docs_ / "plain.txt", "First line\nsecond line");
-    describe(docs_ / "caf\xE9.txt", "A Latin-1 name");
-    docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
-    writeFileBytes(docs_ / "00_index.txt",
-                   readFileBytes(docs_ / "00_index.txt") + "indexed.txt  Indexed\r\n");
-    appendFailsafeRecord(docs_ / "failsafe.txt", "In the failsafe");
-    docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
-
+    const std::vector<std::string> names = describeOnePerStore(
+        docs_, failsafeFile(),
+        [&](const std::string& path, const std::string& text) { describe(path, text); });
     FolderDescriptions reader(dataPaths());
-    for (const char* name : {"plain.txt", "exported.txt", "indexed.txt", "failsafe.txt", "ion.txt",
-                             "caf\xE9.txt", "none.txt"}) {
+    for (const std::string& name : names) {
         SCOPED_TRACE(name);
         const std::string path = docs_ / name;
         ItemDescription item = reader.describe(path);
@@ -78,7 +63,8 @@ TEST_F(FolderDescriptionsTest, ChangedSharedStoresAreReadAgain) {
          "New entry"},
         {"exported file added", [&] { docs_.write("exported.txt.description", "Exported\r\n"); },
          exported, "Exported"},
-        {"failsafe record added", [&] { appendFailsafeRecord(failsafe, "Saved late"); }, failsafe,
+        {"failsafe record added",
+         [&] { appendFailsafeRecord(failsafeFile(), failsafe, "Saved late"); }, failsafe,
          "Saved late"},
     };
     for (const auto& row : rows) {

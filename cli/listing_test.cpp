@@ -10,19 +10,55 @@
 #include <sstream>
 
 #include "cli/json_lines.h"
-#include "platform/code_page.h"
 #include "platform/xattr.h"
 #include "tests/cli_fixture.h"
 #include "tests/loop_volume.h"
+#include "tests/store_samples.h"
 
 namespace {
 
-using ListingTest = CliFixture;
+class ListingTest : public CliFixture {
+protected:
+    // The paths that a listing of the whole folder hands on with `readers` threads, one a
+    // line; with `describedOnly`, only those with a description.
+    std::string listedTree(std::size_t readers, bool describedOnly) {
+        std::istringstream in;
+        Session session(program_.path(), {in, out_, err_});
+        EXPECT_TRUE(session.start());
+        std::string paths;
+        const auto take = [&](const ListedEntry& entry) {
+            if (!describedOnly || !entry.text.empty())
+                paths.append(entry.path).append("\n");
+        };
+        EXPECT_TRUE(Listing(session, docs_.path()).listTree(docs_.path(), take, readers));
+        return paths;
+    }
+};
 
 // setpriv drops from the bounding set the rights by which root reads a folder whatever
 // its mode; dropped there, they are gone from the program it runs.
 std::string withoutReadingRights() {
     return ::geteuid() == 0 ? "setpriv --bounding-set -dac_override,-dac_read_search " : "";
+}
+
+// The paths below `root` (ending in "/") depth first, each folder's entries in byte
+// order before the trees of its folders, one a line; only those `keep` takes.
+std::string depthFirst(const std::string& root, const std::function<bool(const std::string&)>& keep,
+                       const std::string& folder = "") {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(root + folder))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    std::string paths;
+    for (const std::string& name : names) {
+        if (keep(folder + name))
+            paths.append(root).append(folder).append(name).append("\n");
+    }
+    for (const std::string& name : names) {
+        if (std::filesystem::is_directory(root + folder + name))
+            paths += depthFirst(root, keep, folder + name + "/");
+    }
+    return paths;
 }
 
 // One entry described in each store, in a folder with an undescribed file, a described
@@ -39,12 +75,7 @@ TEST_F(ListingTest, LsFindAndExportShowWhatGetPrints) {
     writeFileBytes(docs_ / "00_index.txt", readFileBytes(docs_ / "00_index.txt") +
                                                "indexed.txt  Indexed\r\n             "
                                                "second\r\n");
-    const std::string key = upperCase(docs_ / "failsafe.txt");
-    writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) + "Veskor failsafe DB 1.7 BEGIN " +
-                                       key +
-                                       "\r\nneedle in the failsafe\r\n"
-                                       "Veskor failsafe DB 1.7 END " +
-                                       key + "\r\n");
+    appendFailsafeRecord(failsafeFile(), docs_ / "failsafe.txt", "needle in the failsafe");
     ASSERT_EQ(::symlink((docs_ / "Sub").c_str(), (docs_ / "link").c_str()), 0);
     // Other programs' stores, last in order: written after every save above.
     ASSERT_EQ(replaceStream(docs_.write("comment.txt", "x"), "xdg.comment", "From the\nKDE"),
@@ -107,41 +138,14 @@ TEST_F(ListingTest, FindWalksTheTreeDepthFirstInByteOrder) {
         describe(docs_ / path, "needle");
     }
 
-    std::string expected;
-    std::function<void(const std::string&)> walk = [&](const std::string& folder) {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(docs_ / folder))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        for (const std::string& name : names) {
-            if (described.contains(folder + name))
-                expected += docs_ / (folder + name) + "\n";
-        }
-        for (const std::string& name : names) {
-            if (std::filesystem::is_directory(docs_ / (folder + name)))
-                walk(folder + name + "/");
-        }
-    };
-    walk("");
+    const std::string expected =
+        depthFirst(docs_.path(), [&](const std::string& path) { return described.contains(path); });
     ASSERT_EQ(run({"find", "needle", docs_.path()}), 0) << err_.str();
     EXPECT_EQ(out_.str(), expected);
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 11);
 
     // Where no thread can be started, the calling thread reads each folder in turn.
-    std::istringstream in;
-    Session session(program_.path(), {in, out_, err_});
-    ASSERT_TRUE(session.start());
-    std::string alone;
-    const bool read = Listing(session, docs_.path())
-                          .listTree(
-                              docs_.path(),
-                              [&](const ListedEntry& entry) {
-                                  if (!entry.text.empty())
-                                      alone += entry.path + "\n";
-                              },
-                              0);
-    EXPECT_TRUE(read);
-    EXPECT_EQ(alone, expected);
+    EXPECT_EQ(listedTree(0, true), expected);
 }
 
 // Wide folders go from the reading threads to the output in parts: with any number of
@@ -153,36 +157,13 @@ TEST_F(ListingTest, WideFoldersComeOutWholeAndInOrderWithAnyNumberOfReaders) {
         for (int i = 0; i < 1300; ++i)
             docs_.write(std::string(folder) + "/f" + std::to_string(i), "");
     }
-    std::istringstream in;
-    Session session(program_.path(), {in, out_, err_});
-    ASSERT_TRUE(session.start());
-    std::vector<std::string> outputs;
-    for (std::size_t readers : {0, 1, 4}) {
-        std::string paths;
-        EXPECT_TRUE(Listing(session, docs_.path())
-                        .listTree(
-                            docs_.path(),
-                            [&](const ListedEntry& entry) { paths += entry.path + "\n"; },
-                            readers));
-        outputs.push_back(paths);
-    }
-    std::string expected;
-    std::function<void(const std::string&)> walk = [&](const std::string& folder) {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(docs_ / folder))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        for (const std::string& name : names)
-            expected += docs_ / (folder + name) + "\n";
-        for (const std::string& name : names) {
-            if (std::filesystem::is_directory(docs_ / (folder + name)))
-                walk(folder + name + "/");
-        }
-    };
-    walk("");
+    const std::string expected = depthFirst(docs_.path(), [](const std::string&) { return true; });
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 3 * 1300 + 4);
-    for (const std::string& output : outputs)
+    for (std::size_t readers : {0, 1, 4}) {
+        SCOPED_TRACE(readers);
+        const std::string output = listedTree(readers, false);
         EXPECT_TRUE(output == expected) << output.size() << " bytes against " << expected.size();
+    }
 }
 
 // A folder that cannot be read fails the call (exit 1), and the folders after it are

@@ -14,15 +14,9 @@ extern "C" {
 #include <thunarx/thunarx.h>
 }
 
-#include <unistd.h>
-
-#include <sstream>
-
-#include "cli/cli.h"
 #include "filemanager/gtk3_module_host.h"
 #include "filemanager/gtk3_test_file_info.h"
-#include "platform/code_page.h"
-#include "tests/temp_dir.h"
+#include "filemanager/module_test_fixture.h"
 
 namespace {
 
@@ -39,8 +33,17 @@ GtkWidget* pageWidget(gpointer page, const char* property) {
     return found;
 }
 
+// Caja's and Nemo's property pages are the same objects under their own names.
+struct PropertyPageObject {
+    static std::string title(gpointer page) {
+        return gtk_label_get_text(GTK_LABEL(pageWidget(page, "label")));
+    }
+    static GtkWidget* body(gpointer page) { return pageWidget(page, "page"); }
+    static void freePages(GList* pages) { g_list_free_full(pages, g_object_unref); }
+};
+
 // Each file manager's calls under the same names.
-struct Caja {
+struct Caja : PropertyPageObject {
     static constexpr FileManager manager = FileManager::caja;
     static constexpr const char* module = VESKOR_CAJA_MODULE;
     static GList* columns() {
@@ -70,14 +73,9 @@ struct Caja {
         return caja_property_page_provider_get_pages(
             provider<CajaPropertyPageProvider>(manager, CAJA_TYPE_PROPERTY_PAGE_PROVIDER), files);
     }
-    static std::string title(gpointer page) {
-        return gtk_label_get_text(GTK_LABEL(pageWidget(page, "label")));
-    }
-    static GtkWidget* body(gpointer page) { return pageWidget(page, "page"); }
-    static void freePages(GList* pages) { g_list_free_full(pages, g_object_unref); }
 };
 
-struct Nemo {
+struct Nemo : PropertyPageObject {
     static constexpr FileManager manager = FileManager::nemo;
     static constexpr const char* module = VESKOR_NEMO_MODULE;
     static GList* columns() {
@@ -109,11 +107,6 @@ struct Nemo {
         return nemo_property_page_provider_get_pages(
             provider<NemoPropertyPageProvider>(manager, NEMO_TYPE_PROPERTY_PAGE_PROVIDER), files);
     }
-    static std::string title(gpointer page) {
-        return gtk_label_get_text(GTK_LABEL(pageWidget(page, "label")));
-    }
-    static GtkWidget* body(gpointer page) { return pageWidget(page, "page"); }
-    static void freePages(GList* pages) { g_list_free_full(pages, g_object_unref); }
 };
 
 struct Thunar {
@@ -166,65 +159,9 @@ std::string labelText(GtkWidget* page, const char* name) {
     return label ? gtk_label_get_text(GTK_LABEL(label)) : "(no such label)";
 }
 
-class ModuleTest : public ::testing::Test {
-protected:
-    // Once per process: each module reads from the data folder it first found.
-    static void SetUpTestSuite() {
-        if (home_)
-            return;
-        home_ = new TempHome;
-        program_ = new TempDir;
-        recorder_ = program_->write("recorder",
-                                    "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.args.tmp\" "
-                                    "&& mv \"$0.args.tmp\" \"$0.args\"\n");
-        ASSERT_EQ(::chmod(recorder_.c_str(), 0755), 0);
-        g_setenv("VESKOR_EDITOR_PROGRAM", recorder_.c_str(), TRUE);
-    }
-
-    int cli(const std::vector<std::string>& args) {
-        std::istringstream in;
-        out_.str("");
-        err_.str("");
-        return runCli(args, program_->path(), {in, out_, err_, false});
-    }
-    void describe(const std::string& path, const std::string& text) {
-        ASSERT_EQ(cli({"set", path, text}), 0) << err_.str();
-    }
-    std::string failsafeFile() const {
-        return home_->dataHome() + "/Kelvane/Veskor/failsafe db/ver1.7.dat";
-    }
-    // What `get` prints: the text's first line, and the status line without its end.
-    std::string firstLineOfGet(const std::string& path) {
-        if (cli({"get", path}) != 0)
-            return "";
-        const std::string text = out_.str();
-        return text.substr(0, text.find('\n'));
-    }
-    std::string statusOfGet(const std::string& path) {
-        cli({"get", path});
-        const std::string status = err_.str();
-        return status.substr(0, status.find('\n'));
-    }
-    // Runs until the editor stand-in was started; the arguments it was given.
-    std::string editorArguments() {
-        const std::string args = recorder_ + ".args";
-        runUntil([&] { return g_file_test(args.c_str(), G_FILE_TEST_EXISTS); });
-        std::string given = readFileBytes(args);
-        ::unlink(args.c_str());
-        return given;
-    }
-    std::string folder() const { return docs_.path().substr(0, docs_.path().size() - 1); }
-
-    static inline TempHome* home_ = nullptr;
-    static inline TempDir* program_ = nullptr;
-    static inline std::string recorder_;
-    TempDir docs_;
-    std::ostringstream out_, err_;
-};
-
 // ---------------------------------------------------------------- every file manager
 template <typename Manager>
-class EveryModuleTest : public ModuleTest {
+class EveryModuleTest : public ModuleFixture {
 protected:
     void SetUp() override { ASSERT_TRUE(loadModule(Manager::manager, Manager::module)); }
 };
@@ -248,13 +185,7 @@ TYPED_TEST(EveryModuleTest, EditDescriptionStartsTheEditorOnTheItem) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.menu);
-        ASSERT_EQ(g_list_length(row.items), 1u);
-        char* label = nullptr;
-        g_object_get(row.items->data, "label", &label, nullptr);
-        EXPECT_STREQ(label, "Edit description");
-        g_free(label);
-        TypeParam::activate(row.items->data);
-        EXPECT_EQ(this->editorArguments(), row.path + "\n");
+        this->expectTheEditItem(row.items, TypeParam::activate, row.path);
         g_list_free_full(row.items, g_object_unref);
     }
     g_list_free(both);
@@ -325,37 +256,10 @@ TYPED_TEST_SUITE(ColumnModuleTest, ColumnManager);
 
 TYPED_TEST(ColumnModuleTest, ColumnShowsTheFirstLineThatGetPrints) {
     GList* list = TypeParam::columns();
-    ASSERT_EQ(g_list_length(list), 1u);
-    char *id = nullptr, *attribute = nullptr, *label = nullptr;
-    g_object_get(list->data, "name", &id, "attribute", &attribute, "label", &label, nullptr);
-    EXPECT_STREQ(id, "veskor_description");
-    EXPECT_STREQ(attribute, "veskor_description");
-    EXPECT_STREQ(label, "Description");
-    for (char* text : {id, attribute, label})
-        g_free(text);
+    this->expectTheDescriptionColumn(list);
     TypeParam::freeColumns(list);
-
-    const std::vector<std::string> names = {"stream.txt",   "exported.txt", "indexed.txt",
-                                            "failsafe.txt", "ion.txt",      "caf\xE9.txt",
-                                            "none.txt"};
-    for (const std::string& name : names)
-        this->docs_.write(name, "x");
-    this->describe(this->docs_ / "stream.txt", "Two\nlines");
-    this->describe(this->docs_ / "caf\xE9.txt", "A Latin-1 name");
-    this->docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
-    this->docs_.write("00_index.txt",
-                      readFileBytes(this->docs_ / "00_index.txt") + "indexed.txt  Indexed\r\n");
-    const std::string key = upperCase(this->docs_ / "failsafe.txt");
-    writeFileBytes(this->failsafeFile(),
-                   readFileBytes(this->failsafeFile()) + "Veskor failsafe DB 1.7 BEGIN " + key +
-                       "\r\nIn the failsafe\r\nVeskor failsafe DB 1.7 END " + key + "\r\n");
-    this->docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
-    for (const std::string& name : names) {
-        SCOPED_TRACE(name);
-        const std::string expected = this->firstLineOfGet(this->docs_ / name);
-        EXPECT_EQ(this->column(this->docs_ / name), expected);
-        EXPECT_EQ(name == "none.txt", expected.empty());
-    }
+    this->expectTheColumnShowsWhatGetPrints(
+        [&](const std::string& path) { return this->column(path); });
     const std::string gone = this->docs_.write("gone.txt", "x");
     this->describe(gone, "Soon gone");
     StandInFile* file = newStandInFile(gone);

@@ -46,7 +46,8 @@ endforeach()
 list(LENGTH GTK3_MODULES built)
 if(built EQUAL 3)
     add_executable(gtk3_module_tests gtk3_module_test.cpp gtk3_module_host.cpp
-                   gtk3_test_file_info.cpp ${CMAKE_SOURCE_DIR}/tests/temp_dir.cpp)
+                   gtk3_test_file_info.cpp ${CMAKE_SOURCE_DIR}/tests/temp_dir.cpp
+                   ${CMAKE_SOURCE_DIR}/tests/store_samples.cpp)
     target_include_directories(gtk3_module_tests PRIVATE ${CMAKE_SOURCE_DIR})
     target_link_libraries(gtk3_module_tests PRIVATE libcli PkgConfig::caja_EXT
                           PkgConfig::nemo_EXT PkgConfig::thunar_EXT GTest::gtest veskor_warnings)

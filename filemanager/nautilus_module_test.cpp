@@ -6,16 +6,11 @@ extern "C" {
 #include <nautilus-extension.h>
 }
 
-#include <unistd.h>
-
 #include <functional>
-#include <sstream>
 
-#include "cli/cli.h"
 #include "filemanager/module_host.h"
-#include "platform/code_page.h"
+#include "filemanager/module_test_fixture.h"
 #include "platform/xattr.h"
-#include "tests/temp_dir.h"
 
 namespace {
 
@@ -25,36 +20,11 @@ Interface* provider(GType interfaceType) {
     return reinterpret_cast<Interface*>(moduleProvider(interfaceType));
 }
 
-class NautilusModuleTest : public ::testing::Test {
+class NautilusModuleTest : public ModuleFixture {
 protected:
     static void SetUpTestSuite() {
-        home_ = new TempHome;
-        program_ = new TempDir;
-        recorder_ = program_->write("recorder",
-                                    "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.args.tmp\" "
-                                    "&& mv \"$0.args.tmp\" \"$0.args\"\n");
-        ASSERT_EQ(::chmod(recorder_.c_str(), 0755), 0);
-        g_setenv("VESKOR_EDITOR_PROGRAM", recorder_.c_str(), TRUE);
+        ModuleFixture::SetUpTestSuite();
         ASSERT_TRUE(loadNautilusModule(VESKOR_NAUTILUS_MODULE));
-    }
-
-    int cli(const std::vector<std::string>& args) {
-        std::istringstream in;
-        out_.str("");
-        err_.str("");
-        return runCli(args, program_->path(), {in, out_, err_, false});
-    }
-    void describe(const std::string& path, const std::string& text) {
-        ASSERT_EQ(cli({"set", path, text}), 0) << err_.str();
-    }
-    std::string failsafeFile() const {
-        return home_->dataHome() + "/Kelvane/Veskor/failsafe db/ver1.7.dat";
-    }
-    std::string firstLineOfGet(const std::string& path) {
-        if (cli({"get", path}) != 0)
-            return "";
-        const std::string text = out_.str();
-        return text.substr(0, text.find('\n'));
     }
 
     // What the info provider gives the column for the item, after it completed.
@@ -68,48 +38,15 @@ protected:
         g_object_unref(info);
         return value;
     }
-
-    static inline TempHome* home_ = nullptr;
-    static inline TempDir* program_ = nullptr;
-    static inline std::string recorder_;
-    TempDir docs_;
-    std::ostringstream out_, err_;
 };
 
 TEST_F(NautilusModuleTest, ColumnShowsTheFirstLineThatGetPrints) {
     auto* columns = provider<NautilusColumnProvider>(NAUTILUS_TYPE_COLUMN_PROVIDER);
     ASSERT_NE(columns, nullptr);
     GList* list = nautilus_column_provider_get_columns(columns);
-    ASSERT_EQ(g_list_length(list), 1u);
-    char *id = nullptr, *attribute = nullptr, *label = nullptr;
-    g_object_get(list->data, "name", &id, "attribute", &attribute, "label", &label, nullptr);
-    EXPECT_STREQ(id, "veskor_description");
-    EXPECT_STREQ(attribute, "veskor_description");
-    EXPECT_STREQ(label, "Description");
-    for (char* text : {id, attribute, label})
-        g_free(text);
+    expectTheDescriptionColumn(list);
     g_list_free_full(list, g_object_unref);
-
-    const std::vector<std::string> names = {"stream.txt",   "exported.txt", "indexed.txt",
-                                            "failsafe.txt", "ion.txt",      "caf\xE9.txt",
-                                            "none.txt"};
-    for (const std::string& name : names)
-        docs_.write(name, "x");
-    describe(docs_ / "stream.txt", "Two\nlines");
-    describe(docs_ / "caf\xE9.txt", "A Latin-1 name");
-    docs_.write("exported.txt.description", "From the exported\r\nfile\r\n");
-    docs_.write("00_index.txt", readFileBytes(docs_ / "00_index.txt") + "indexed.txt  Indexed\r\n");
-    const std::string key = upperCase(docs_ / "failsafe.txt");
-    writeFileBytes(failsafeFile(), readFileBytes(failsafeFile()) + "Veskor failsafe DB 1.7 BEGIN " +
-                                       key + "\r\nIn the failsafe\r\nVeskor failsafe DB 1.7 END " +
-                                       key + "\r\n");
-    docs_.write("descript.ion", "ion.txt From a\\ncommander\x04\xC2\r\n");
-    for (const std::string& name : names) {
-        SCOPED_TRACE(name);
-        const std::string expected = firstLineOfGet(docs_ / name);
-        EXPECT_EQ(column(docs_ / name), expected);
-        EXPECT_EQ(name == "none.txt", expected.empty());
-    }
+    expectTheColumnShowsWhatGetPrints([&](const std::string& path) { return column(path); });
     EXPECT_EQ(column(docs_ / "exported.txt.description"), "");
 }
 
@@ -202,8 +139,7 @@ TEST_F(NautilusModuleTest, EditDescriptionStartsTheEditorOnTheItem) {
     ASSERT_NE(menus, nullptr);
     TestFileInfo* file = newTestFileInfo(docs_.write("a file.txt", "x"));
     TestFileInfo* other = newTestFileInfo(docs_.write("other.txt", "x"));
-    TestFileInfo* folder = newTestFileInfo(docs_.path().substr(0, docs_.path().size() - 1));
-    const std::string args = recorder_ + ".args";
+    TestFileInfo* folderInfo = newTestFileInfo(folder());
 
     GList* both = g_list_append(g_list_append(nullptr, file), other);
     EXPECT_EQ(nautilus_menu_provider_get_file_items(menus, both), nullptr) << "one item at a time";
@@ -214,24 +150,18 @@ TEST_F(NautilusModuleTest, EditDescriptionStartsTheEditorOnTheItem) {
     } rows[] = {
         {"item", nautilus_menu_provider_get_file_items(menus, both->next), docs_ / "other.txt"},
         {"background",
-         nautilus_menu_provider_get_background_items(menus, NAUTILUS_FILE_INFO(folder)),
-         docs_.path().substr(0, docs_.path().size() - 1)},
+         nautilus_menu_provider_get_background_items(menus, NAUTILUS_FILE_INFO(folderInfo)),
+         folder()},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.menu);
-        ASSERT_EQ(g_list_length(row.items), 1u);
-        char* label = nullptr;
-        g_object_get(row.items->data, "label", &label, nullptr);
-        EXPECT_STREQ(label, "Edit description");
-        g_free(label);
-        ::unlink(args.c_str());
-        nautilus_menu_item_activate(NAUTILUS_MENU_ITEM(row.items->data));
-        EXPECT_TRUE(runUntil([&] { return g_file_test(args.c_str(), G_FILE_TEST_EXISTS); }));
-        EXPECT_EQ(readFileBytes(args), row.path + "\n");
+        expectTheEditItem(
+            row.items, [](gpointer item) { nautilus_menu_item_activate(NAUTILUS_MENU_ITEM(item)); },
+            row.path);
         nautilus_menu_item_list_free(row.items);
     }
     g_list_free(both);
-    for (TestFileInfo* info : {file, other, folder})
+    for (TestFileInfo* info : {file, other, folderInfo})
         g_object_unref(info);
 }
 
@@ -254,8 +184,7 @@ TEST_F(NautilusModuleTest, PropertiesShowTheWholeTextAndItsSource) {
     ASSERT_NE(properties, nullptr);
     const std::string path = docs_.write("a.txt", "x");
     describe(path, "First line\nsecond line");
-    cli({"get", path});
-    const std::string status = err_.str();
+    const std::string status = statusOfGet(path);
     TestFileInfo* info = newTestFileInfo(path);
     GList* files = g_list_append(nullptr, info);
     GList* models = nautilus_properties_model_provider_get_models(properties, files);
@@ -263,7 +192,8 @@ TEST_F(NautilusModuleTest, PropertiesShowTheWholeTextAndItsSource) {
     auto* model = NAUTILUS_PROPERTIES_MODEL(models->data);
     EXPECT_STREQ(nautilus_properties_model_get_title(model), "Description");
     GListModel* section = nautilus_properties_model_get_model(model);
-    EXPECT_EQ(sectionText(section), "Description: First line\nsecond line\nSource: " + status);
+    EXPECT_EQ(sectionText(section),
+              "Description: First line\nsecond line\nSource: " + status + "\n");
 
     // After a save the file manager reads the item again and says it changed.
     describe(path, "Saved again");

@@ -1,21 +1,12 @@
 #pragma once
 
-#include <gio/gio.h>
-
-#include <functional>
-#include <map>
 #include <string>
 
-// A stand-in for GNOME Files' own file objects: the file-info interface over a path,
-// recording the attributes a provider adds and each invalidation of its information.
-// Objects with a path that is alive are found by nautilus_file_info_lookup().
+#include "filemanager/test_file_info_common.h"
 
-struct TestFileInfo {
-    GObject parent;
-    GFile* location;
-    std::map<std::string, std::string, std::less<>>* attributes;
-    int invalidations;
-};
+// A stand-in for GNOME Files' own file objects. Objects with a path that is alive are
+// found by nautilus_file_info_lookup().
+using TestFileInfo = StandInFile;
 
 GType testFileInfoType();
 

@@ -1,9 +1,7 @@
 #include "stores/ntfs_streams.h"
 
 #include <fcntl.h>
-#include <grp.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -16,6 +14,7 @@
 #include <utility>
 
 #include "stores/summary_info_codec.h"
+#include "tests/child_process.h"
 #include "tests/loop_volume.h"
 #include "tests/streams.h"
 #include "tests/temp_dir.h"
@@ -153,16 +152,10 @@ TEST_F(NtfsStreamsTest, EachOutcomeWithTheTimeAndTheOldStreamItLeaves) {
 TEST_F(NtfsStreamsTest, SomeoneElsesFileIsLeftAloneSilently) {
     ASSERT_EQ(::chmod(dir_.path().c_str(), 0755), 0);
     ASSERT_EQ(::chmod(file_.c_str(), 0444), 0);
-    pid_t pid = ::fork();
-    if (pid == 0) {
-        bool dropped = ::geteuid() != 0 || (::setgroups(0, nullptr) == 0 && ::setgid(65534) == 0 &&
-                                            ::setuid(65534) == 0);
-        ::_exit(dropped && save(file_, "abc") == WriteResult::Ok && !editor_.exportChecked() ? 0
-                                                                                             : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    const std::optional<uid_t> user = ::geteuid() == 0 ? std::optional(kOtherUser) : std::nullopt;
+    EXPECT_TRUE(
+        inChild([&] { return save(file_, "abc") == WriteResult::Ok && !editor_.exportChecked(); },
+                30, user));
     EXPECT_EQ(streamOf(file_, kSummary), std::nullopt);
 }
 
