@@ -16,9 +16,8 @@ void appendFailsafeRecord(const std::string& failsafeFile, const std::string& pa
 
 std::vector<std::string> describeOnePerStore(const TempDir& docs, const std::string& failsafeFile,
                                              const Describe& describe) {
-    const std::vector<std::string> names = {"stream.txt",   "exported.txt", "indexed.txt",
-                                            "failsafe.txt", "ion.txt",      "caf\xE9.txt",
-                                            "none.txt"};
+    std::vector<std::string> names = {"stream.txt", "exported.txt", "indexed.txt", "failsafe.txt",
+                                      "ion.txt",    "caf\xE9.txt",  "none.txt"};
     for (const std::string& name : names)
         docs.write(name, "x");
     describe(docs / "stream.txt", "First line\nsecond line");
