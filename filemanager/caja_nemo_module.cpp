@@ -94,6 +94,8 @@ updateFileInfo(FM_T(InfoProvider) * provider, FM_T(FileInfo) * file, GClosure* c
         FM_FN(file_info_add_string_attribute)(file, kAttribute, text->c_str());
         return FM_K(OPERATION_COMPLETE);
     }
+    if (g_watch)
+        g_watch->missed();
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<FM_T(OperationHandle)*>(operation);
     readDescriptionAsync(

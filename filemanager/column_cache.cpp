@@ -42,6 +42,16 @@ std::optional<std::string> ColumnCache::take(const std::string& path) {
     return text;
 }
 
+void ColumnCache::setReading(const std::string& folder, bool reading) {
+    std::lock_guard lock(m_mutex);
+    folderOf(withTrailingSeparator(folder)).reading = reading;
+}
+
+bool ColumnCache::isReading(const std::string& folder) {
+    std::lock_guard lock(m_mutex);
+    return folderOf(withTrailingSeparator(folder)).reading;
+}
+
 void ColumnCache::forget(const std::string& path) {
     std::lock_guard lock(m_mutex);
     Folder& folder = folderOf(path);

@@ -29,6 +29,10 @@ public:
     // The item's text, taken out; nullopt when there is none.
     [[nodiscard]] std::optional<std::string> take(const std::string& path);
 
+    // Whether the folder is being read ahead: from the request to its last part.
+    void setReading(const std::string& folder, bool reading);
+    [[nodiscard]] bool isReading(const std::string& folder);
+
     // Forgets the item at the path / everything of the folder / everything.
     void forget(const std::string& path);
     void forgetFolder(const std::string& folder);
@@ -52,6 +56,7 @@ private:
         std::uint64_t changed = 0;
         Map<std::string> columns;
         std::size_t bytes = 0;
+        bool reading = false;
     };
     // The folder's entry, made when it has none; key: the path up to its last "/".
     Folder& folderOf(std::string_view path);

@@ -60,6 +60,17 @@ void DescriptionWatch::asked(const std::string& path) {
     m_last->lastUse = ++m_uses;
 }
 
+void DescriptionWatch::missed() {
+    if (m_last && !columnCache().isReading(m_lastPath) &&
+        g_get_monotonic_time() - m_last->readAhead > kReadAheadAgainMs * 1000)
+        readAhead(m_lastPath, *m_last);
+}
+
+void DescriptionWatch::readAhead(const std::string& path, Folder& folder) {
+    folder.readAhead = g_get_monotonic_time();
+    readAheadColumns(path);
+}
+
 const std::vector<std::string>& DescriptionWatch::Folder::askedNames() {
     if (tidied != names.size()) {
         std::sort(names.begin(), names.end());
@@ -85,10 +96,10 @@ std::unordered_map<std::string, DescriptionWatch::Folder>::iterator DescriptionW
     GFileMonitor* folder = monitor(folderPath, true, G_CALLBACK(onFolderChanged));
     if (!folder)
         return m_folders.end();
-    // Only now: what changes from here on is forgotten as it is seen.
-    readAheadColumns(folderPath);
     auto it = m_folders.try_emplace(folderPath).first;
     it->second.monitor = folder;
+    // Only now: what changes from here on is forgotten as it is seen.
+    readAhead(folderPath, it->second);
     if (m_folders.size() > kFoldersWatched)
         dropLeastRecent();
     return m_folders.find(folderPath);
@@ -188,7 +199,7 @@ gboolean DescriptionWatch::handOver(gpointer self) {
         const std::string& path = folderPath;  // for the lambda: bindings are not captured
         // The file manager asks about each of them again, one at a time.
         if (folder.allStale && !folder.names.empty())
-            readAheadColumns(path);
+            readAhead(path, folder);
         auto add = [&](const std::string& name) { stale.push_back(childPath(path, name)); };
         if (folder.allStale)
             std::ranges::for_each(folder.askedNames(), add);

@@ -26,6 +26,12 @@ public:
     // The item at the local path was asked about: watch its folder from now on.
     void asked(const std::string& path);
 
+    // The item asked about last was not among what was read ahead: the file manager may
+    // be asking about the whole folder again (shown anew), so it is read ahead again,
+    // unless that is under way, and at most once in kReadAheadAgainMs.
+    void missed();
+    static constexpr gint64 kReadAheadAgainMs = 1000;
+
 private:
     struct Folder {
         GFileMonitor* monitor = nullptr;
@@ -36,6 +42,7 @@ private:
         std::unordered_set<std::string> stale;  // waiting to be handed over
         bool allStale = false;
         std::uint64_t lastUse = 0;
+        gint64 readAhead = 0;  // when it was last read ahead, in monotonic microseconds
 
         const std::vector<std::string>& askedNames();
         bool wasAsked(const std::string& name);
@@ -46,6 +53,7 @@ private:
     static void onFailsafeChanged(GFileMonitor*, GFile*, GFile*, GFileMonitorEvent event,
                                   gpointer self);
     static gboolean handOver(gpointer self);
+    static void readAhead(const std::string& path, Folder& folder);
     void folderChanged(const std::string& folder, const std::string& name, GFileMonitorEvent event);
     void scheduleHandOver();
     void dropLeastRecent();

@@ -230,8 +230,13 @@ private:
                 columns.emplace_back(std::move(name), columnText(std::move(item)));
             const bool whole = columns.size() < kBatchSize;
             request.more = columnCache().keep(request.path, since, std::move(columns)) && !whole;
+            if (!request.more)
+                columnCache().setReading(request.path, false);
         } catch (...) {
             // The items' own requests read them then.
+            request.more = false;
+            if (request.work == Work::ReadAhead)
+                columnCache().setReading(request.path, false);
         }
     }
 
@@ -273,6 +278,7 @@ void prepareFolder(std::string path) {
 }
 
 void readAheadColumns(std::string path) {
+    columnCache().setReading(path, true);
     readQueue().push(
         std::make_unique<ReadRequest>(std::move(path), nullptr, nullptr, Work::ReadAhead));
 }

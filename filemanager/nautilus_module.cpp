@@ -66,6 +66,8 @@ NautilusOperationResult updateFileInfo(NautilusInfoProvider* provider, NautilusF
         nautilus_file_info_add_string_attribute(file, kAttribute, text->c_str());
         return NAUTILUS_OPERATION_COMPLETE;
     }
+    if (g_watch)
+        g_watch->missed();
     auto* operation = new Operation(complete, provider, file);
     *handle = reinterpret_cast<NautilusOperationHandle*>(operation);
     readDescriptionAsync(std::move(path), &operation->cancelled,

@@ -6,6 +6,7 @@ extern "C" {
 #include <nautilus-extension.h>
 }
 
+#include <algorithm>
 #include <functional>
 
 #include "filemanager/module_host.h"
@@ -133,6 +134,32 @@ TEST_F(NautilusModuleTest, AFolderReadAheadAnswersAtOnceUntilItsStoresChange) {
     }
     for (TestFileInfo* item : items)
         g_object_unref(item);
+}
+
+// A folder shown anew is asked about item by item again, with new file objects: once
+// what was read ahead is used up, the folder is read ahead again.
+TEST_F(NautilusModuleTest, AFolderShownAnewIsReadAheadAgain) {
+    std::vector<std::string> paths;
+    for (char name = 'a'; name < 'a' + 20; ++name) {
+        std::string file(1, name);
+        file += ".txt";
+        paths.push_back(docs_.write(file, "x"));
+    }
+    std::size_t atOnce[2] = {};
+    for (std::size_t& shown : atOnce) {
+        if (&shown != atOnce)
+            runUntil([] { return false; }, 2);
+        std::vector<TestFileInfo*> items(paths.size());
+        std::ranges::transform(paths, items.begin(), newTestFileInfo);
+        InfoRequests requests;
+        for (TestFileInfo* item : items)
+            ASSERT_TRUE(requests.ask(item));
+        shown = requests.completedAtOnce();
+        for (TestFileInfo* item : items)
+            g_object_unref(item);
+    }
+    EXPECT_GE(atOnce[0], 10u) << "the folder was not read ahead";
+    EXPECT_GE(atOnce[1], 10u) << "the folder shown anew was not read ahead again";
 }
 
 TEST_F(NautilusModuleTest, EditDescriptionStartsTheEditorOnTheItem) {
